@@ -1,0 +1,15 @@
+// Result codes of the boundary, each named once.
+#pragma once
+
+namespace lumenforge {
+
+inline constexpr int kOk = 1;
+inline constexpr int kCannotRead = -1;
+inline constexpr int kWrongSignature = -2;
+inline constexpr int kUnsupported = -3;
+inline constexpr int kNotTerminated = -3;  // a settings text whose last byte is not NUL
+inline constexpr int kNoMemory = -4;
+inline constexpr int kOtherMethod = -5;
+inline constexpr int kNoMarker = -10;  // a JPEG marker segment that does not begin with FF
+
+}  // namespace lumenforge

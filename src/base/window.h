@@ -1,0 +1,86 @@
+// A stream seen through a few small windows: bounded reads at any offset, no seeks in sight.
+//
+// A file's metadata lies in a handful of places, so a handful of windows, filled only when a target
+// lies outside all of them, makes the fewest reads. The same windows serve the library's own files
+// and a host's stream.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <optional>
+#include <span>
+
+#include "base/bytes.h"
+
+namespace lumenforge {
+
+class Window {
+ public:
+  // How many bytes one view() may ask for.
+  static constexpr std::size_t kReach = 4096 - 64;
+
+  // `position`: where the stream stands now.
+  Window(std::FILE* stream, uint64_t position) : stream_(stream), position_(position) {}
+
+  // The `size` bytes at `offset`, valid until the next call; null where the file ends before them.
+  const uint8_t* view(uint64_t offset, std::size_t size);
+
+  // Copies bytes from `offset` on and returns how many there were. Large reads go straight from the
+  // stream to `out`.
+  std::size_t read(uint64_t offset, std::span<uint8_t> out);
+
+ private:
+  static constexpr std::size_t kSize = 4096;
+  static constexpr std::size_t kAlignment = 64;
+  static constexpr std::size_t kCount = 3;
+
+  struct Pane {
+    uint64_t offset = 0;
+    std::size_t length = 0;
+  };
+
+  const uint8_t* bytesOf(std::size_t pane) const { return bytes_.data() + pane * kSize; }
+  std::size_t findPane(uint64_t offset, std::size_t size);
+  void fill(std::size_t pane, uint64_t offset);
+  std::size_t readStream(uint64_t offset, std::span<uint8_t> out);
+
+  std::FILE* stream_;
+  uint64_t position_;
+  uint64_t end_ = std::numeric_limits<uint64_t>::max();  // the file's end, once a read has met it
+  std::size_t current_ = 0;
+  std::size_t oldest_ = 0;
+  std::array<Pane, kCount> panes_;
+  // Page-aligned: a copy into memory a few bytes past a page start is several times slower.
+  alignas(kSize) std::array<uint8_t, kCount * kSize> bytes_;
+};
+
+// Numbers read one after the other from a window.
+class Cursor {
+ public:
+  Cursor(Window& window, uint64_t offset, ByteOrder order)
+      : window_(&window), offset_(offset), order_(order) {}
+
+  std::optional<uint8_t> read8();
+  std::optional<uint16_t> read16();
+  std::optional<uint32_t> read32();
+  // The next `size` bytes, at most Window::kReach; null where the file ends before them.
+  const uint8_t* readBytes(std::size_t size);
+
+  uint64_t offset() const { return offset_; }
+  void moveTo(uint64_t offset) { offset_ = offset; }
+  void skip(uint64_t count) { offset_ += count; }
+
+ private:
+  Window* window_;
+  uint64_t offset_;
+  ByteOrder order_;
+};
+
+// One line as C's fgets reads it: at most line.size() - 1 bytes, up to and including a line feed or
+// up to the end of the file, then a NUL. A line of no bytes leaves `line` as it was.
+void readLine(Window& window, uint64_t offset, std::span<char> line);
+
+}  // namespace lumenforge
