@@ -1,0 +1,40 @@
+// lfmeta: the library at the command line.
+#include <cstdio>
+#include <exception>
+
+#include "commands.h"
+#include "report.h"
+
+namespace {
+
+int run(int argc, char** argv) {
+  CLI::App app("Reads the metadata of photographs and writes it into finished images.", "lfmeta");
+  app.set_version_flag("--version", "lfmeta " LFMETA_VERSION);
+  app.require_subcommand(1);
+  app.get_formatter()->column_width(34);
+
+  int exitStatus = kSuccess;
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kSuccess : kUsageError;
+  }
+  return exitStatus;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int exitStatus = kFailure;
+  try {
+    exitStatus = run(argc, argv);
+  } catch (const std::exception& error) {
+    fail("lfmeta", error.what());
+  }
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    fail("standard output", "cannot be written");
+    return kFailure;
+  }
+  return exitStatus;
+}
