@@ -1,0 +1,131 @@
+// An EXIF directory (EXIF 2.3) -> the camera settings of ExifInfo.
+//
+// No entry's type is checked. A fraction is two 32-bit numbers at the entry's target, taken as
+// signed whatever the type says: hosts rely on the values that follow from it.
+#include <cmath>
+#include <optional>
+
+#include "base/file.h"
+#include "base/result.h"
+#include "reading/walk.h"
+
+namespace lumenforge {
+namespace {
+
+enum ExifTag : uint16_t {
+  kExposureTime = 0x829A,
+  kFNumber = 0x829D,
+  kIsoSpeedRatings = 0x8827,
+  kDateTimeOriginal = 0x9003,
+  kShutterSpeedValue = 0x9201,
+  kApertureValue = 0x9202,
+  kMaxApertureValue = 0x9205,
+  kFocalLength = 0x920A,
+  kFocalPlaneXResolution = 0xA20E,
+  kFocalPlaneResolutionUnit = 0xA210,
+  kExposureIndex = 0xA215,
+  kFocalLengthIn35mmFilm = 0xA405,
+};
+
+struct Fraction {
+  int32_t numerator = 0;
+  int32_t denominator = 0;
+
+  bool isValid() const { return denominator > 0; }
+  float quotient() const { return static_cast<float>(numerator) / static_cast<float>(denominator); }
+};
+
+std::optional<Fraction> readFraction(Walk& walk, const TiffFrame& frame, uint64_t offset) {
+  const uint8_t* bytes = walk.window.view(offset, 8);
+  if (bytes == nullptr) return std::nullopt;
+  return Fraction{static_cast<int32_t>(load32(bytes, frame.order)),
+                  static_cast<int32_t>(load32(bytes + 4, frame.order))};
+}
+
+// An APEX shutter speed t stands for 2^-t seconds; 0 stands for none.
+float exposureOfShutterSpeed(const Fraction& speed) {
+  constexpr double kLn2 = 0.6931471805599453;
+  const float t = speed.denominator != 0 ? speed.quotient() : static_cast<float>(speed.numerator);
+  return t == 0.0F ? 0.0F : static_cast<float>(std::exp(-static_cast<double>(t) * kLn2));
+}
+
+// An APEX aperture value A stands for the f-number 2^(A/2).
+float fNumberOfAperture(const Fraction& aperture) {
+  return static_cast<float>(std::exp2(static_cast<double>(aperture.quotient()) / 2.0));
+}
+
+uint32_t isoOfExposureIndex(const Fraction& index) {
+  const int32_t iso = index.isValid() ? index.numerator / index.denominator : index.numerator;
+  return static_cast<uint32_t>(iso);
+}
+
+void setQuotient(const std::optional<Fraction>& fraction, float& field) {
+  if (fraction && fraction->isValid()) field = fraction->quotient();
+}
+
+// The fallbacks test their field as it stands when their entry comes: order matters.
+void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry,
+               float& shutterExposure) {
+  ExifInfo& info = walk.info;
+  const auto fraction = [&] { return readFraction(walk, frame, entry.target); };
+  switch (entry.tag) {
+    case kExposureTime:
+      return setQuotient(fraction(), info.exposureTime);
+    case kFNumber:
+      return setQuotient(fraction(), info.fNumber);
+    case kFocalLength:
+      return setQuotient(fraction(), info.focalLength);
+    case kFocalPlaneXResolution:
+      return setQuotient(fraction(), info.focalPlaneXResolution);
+    case kIsoSpeedRatings:
+      info.iso = entry.value;
+      return;
+    case kFocalPlaneResolutionUnit:
+      info.focalPlaneResolutionUnit = entry.value;
+      return;
+    case kFocalLengthIn35mmFilm:
+      info.focalLength35mm = entry.value;
+      return;
+    case kDateTimeOriginal:
+      return readLine(walk.window, entry.target, info.dateTimeOriginal);
+    case kShutterSpeedValue:
+      if (const auto speed = fraction()) shutterExposure = exposureOfShutterSpeed(*speed);
+      return;
+    case kApertureValue:
+    case kMaxApertureValue:
+      if (info.fNumber != 0.0F) return;
+      if (const auto aperture = fraction(); aperture && aperture->isValid()) {
+        info.fNumber = fNumberOfAperture(*aperture);
+      }
+      return;
+    case kExposureIndex:
+      if (info.iso != 0) return;
+      if (const auto index = fraction()) info.iso = isoOfExposureIndex(*index);
+      return;
+    default:
+      return;
+  }
+}
+
+}  // namespace
+
+void readExifDirectory(Walk& walk, const TiffFrame& frame, uint64_t offset) {
+  float shutterExposure = 0.0F;
+  DirectoryReader directory(walk.window, offset, frame, walk.budget);
+  while (const auto entry = directory.next()) takeEntry(walk, frame, *entry, shutterExposure);
+  if (walk.info.exposureTime == 0.0F && shutterExposure > 0.0F) {
+    walk.info.exposureTime = shutterExposure;
+  }
+}
+
+}  // namespace lumenforge
+
+int parse_exif_data(FILE* f, int /*count*/, int byteOrder, int base, ExifInfo* info) {
+  using namespace lumenforge;
+  if (const auto start = positionOf(f)) {
+    Window window(f, *start);
+    Walk walk{window, *info};
+    readExifDirectory(walk, frameOf(byteOrder, base), *start);
+  }
+  return kOk;
+}

@@ -1,0 +1,93 @@
+// A GPS directory (EXIF 2.3) -> the GPS fields of ExifInfo, as they stand in the file.
+#include <algorithm>
+#include <span>
+
+#include "base/file.h"
+#include "base/result.h"
+#include "reading/walk.h"
+
+namespace lumenforge {
+namespace {
+
+enum GpsTag : uint16_t {
+  kGpsLatitudeRef = 1,
+  kGpsLatitude = 2,
+  kGpsLongitudeRef = 3,
+  kGpsLongitude = 4,
+  kGpsAltitudeRef = 5,
+  kGpsAltitude = 6,
+  kGpsTimeStamp = 7,
+  kGpsDateStamp = 29,
+};
+
+constexpr int32_t kDateStampLength = 10;  // YYYY:MM:DD
+
+// Whole fractions only, from the front, as many as the file holds of `count`.
+void readFractions(Walk& walk, const TiffFrame& frame, uint64_t offset, int32_t count,
+                   std::span<uint32_t> words) {
+  Cursor cursor(walk.window, offset, frame.order);
+  const std::size_t wanted = count <= 0 ? 0 : std::min<std::size_t>(words.size(), 2U * count);
+  for (std::size_t i = 0; i < wanted; i += 2) {
+    const auto numerator = cursor.read32();
+    const auto denominator = cursor.read32();
+    if (!numerator || !denominator) return;
+    words[i] = *numerator;
+    words[i + 1] = *denominator;
+  }
+}
+
+void readDateStamp(Walk& walk, uint64_t offset, int32_t count) {
+  if (count <= 5) return;
+  const int32_t length = count > kDateStampLength ? kDateStampLength : count - 1;
+  readLine(walk.window, offset,
+           std::span(walk.info.gpsDateStamp).first(static_cast<std::size_t>(length) + 1));
+}
+
+void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry) {
+  ExifInfo& info = walk.info;
+  // Unlike in the other directories, a SHORT is never taken from the first half of the field.
+  const uint64_t target = frame.base + entry.raw;
+  const auto count = static_cast<int32_t>(entry.count);
+  switch (entry.tag) {
+    case kGpsLatitudeRef:
+      info.gpsLatitudeRef = static_cast<char>(entry.field[0]);
+      return;
+    case kGpsLongitudeRef:
+      info.gpsLongitudeRef = static_cast<char>(entry.field[0]);
+      return;
+    case kGpsAltitudeRef:
+      info.gpsAltitudeRef = entry.field[0];
+      return;
+    case kGpsLatitude:
+      return readFractions(walk, frame, target, count, info.gpsLatitude);
+    case kGpsLongitude:
+      return readFractions(walk, frame, target, count, info.gpsLongitude);
+    case kGpsTimeStamp:
+      return readFractions(walk, frame, target, count, info.gpsTimeStamp);
+    case kGpsAltitude:
+      return readFractions(walk, frame, target, 1, info.gpsAltitude);
+    case kGpsDateStamp:
+      return readDateStamp(walk, target, count);
+    default:
+      return;
+  }
+}
+
+}  // namespace
+
+void readGpsDirectory(Walk& walk, const TiffFrame& frame, uint64_t offset) {
+  DirectoryReader directory(walk.window, offset, frame, walk.budget);
+  while (const auto entry = directory.next()) takeEntry(walk, frame, *entry);
+}
+
+}  // namespace lumenforge
+
+int parse_gps_data(FILE* f, int /*count*/, int byteOrder, int base, ExifInfo* info) {
+  using namespace lumenforge;
+  if (const auto start = positionOf(f)) {
+    Window window(f, *start);
+    Walk walk{window, *info};
+    readGpsDirectory(walk, frameOf(byteOrder, base), *start);
+  }
+  return kOk;
+}

@@ -1,0 +1,22 @@
+// An IPTC block (IPTC-IIM 4) at a known place of a file -> the host's buffer.
+#include "LumenforgeMetaLib.h"
+#include "base/file.h"
+#include "base/result.h"
+
+int read_iptc(const char* path, int length, int offset, unsigned char* buf) {
+  using namespace lumenforge;
+  constexpr unsigned char kDatasetMarker = 0x1C;
+  const File file = openUnbuffered(path, "rb");
+  if (file == nullptr) return kCannotRead;
+  const auto size = sizeOf(file.get());
+  if (!size || *size == 0) return kCannotRead;
+  if (length < 0 || offset < 0) return 0;
+  const auto wanted = static_cast<uint64_t>(length);
+  const auto start = static_cast<uint64_t>(offset);
+  if (start + wanted >= *size || !seekTo(file.get(), start)) return 0;
+
+  const std::size_t count = std::fread(buf, 1, wanted, file.get());
+  if (count == 0 && wanted > 0) return kCannotRead;
+  if (count == 0 || buf[0] != kDatasetMarker) return kWrongSignature;
+  return count == wanted ? length : kCannotRead;
+}
