@@ -1,0 +1,187 @@
+// The marker segments of a JPEG file (ITU-T T.81, annex B) -> its EXIF structure, its XMP packet
+// and its Photoshop block.
+//
+// Three passes with three attitudes, which hosts rely on: the first and the XMP search accept fill
+// bytes and even a marker code without FF, the second pass takes exactly one FF; and each ends in
+// its own way.
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "base/result.h"
+#include "base/zeroed.h"
+#include "reading/offsets.h"
+#include "reading/walk.h"
+
+namespace lumenforge {
+namespace {
+
+using namespace std::string_view_literals;
+
+enum MarkerCode : uint8_t {
+  kStartOfImage = 0xD8,
+  kEndOfImage = 0xD9,
+  kStartOfScan = 0xDA,
+  kApp1 = 0xE1,
+  kApp13 = 0xED,
+  kFill = 0xFF,
+};
+
+constexpr auto kExifSignature = "Exif\0\0"sv;
+constexpr auto kXmpSignature = "http://ns.adobe.com/xap/1.0/\0"sv;
+constexpr auto kPhotoshopSignature = "Photoshop 3.0\0"sv;
+
+constexpr int kMaxFillBytes = 4;
+constexpr uint16_t kLengthSize = 2;
+constexpr int kMaxSkippedBeforeXmp = 10;
+constexpr int kLensSelector = 100;
+constexpr int kMethodSelector = -1;
+
+// The methods whose packets the host can take over: bit m for method m.
+constexpr uint32_t kMethodsWithSettings = 0x9C1E;
+
+bool matches(const uint8_t* bytes, std::string_view text) {
+  return bytes != nullptr && std::memcmp(bytes, text.data(), text.size()) == 0;
+}
+
+// The first byte that is no fill byte; kFill where a fifth fill byte stands; none at the end.
+std::optional<uint8_t> readMarkerCode(Cursor& cursor) {
+  for (int fill = 0; fill <= kMaxFillBytes; ++fill) {
+    const auto byte = cursor.read8();
+    if (byte != kFill) return byte;
+  }
+  return kFill;
+}
+
+// A segment length, which counts itself; none at the end of the file. A length below 2 is reported.
+std::optional<uint16_t> readSegmentLength(Cursor& cursor) {
+  const auto length = cursor.read16();
+  if (length && *length < kLengthSize) std::fputs("invalid marker\n", stderr);
+  return length;
+}
+
+enum class Skip : uint8_t { done, endOfFile, invalid };
+
+// Past the segment whose marker code has been read.
+Skip skipSegment(Cursor& cursor) {
+  const auto length = readSegmentLength(cursor);
+  if (!length) return Skip::endOfFile;
+  if (*length < kLengthSize) return Skip::invalid;
+  cursor.skip(*length - kLengthSize);
+  return Skip::done;
+}
+
+bool readStartOfImage(Cursor& cursor) {
+  const auto marker = cursor.read16();
+  return marker == (kFill << 8 | kStartOfImage);
+}
+
+// Whether the packet of a segment with length field `length` holds settings that the host takes
+// over. The lens goes into the record in either case.
+bool readXmpPacket(Walk& walk, uint64_t offset, uint16_t length) {
+  const ZeroedBuffer text = allocateZeroed(std::size_t{length} + 1);
+  if (text == nullptr) return false;
+  // `length` bytes from the packet on: past the segment's end, since the length counts its own two
+  // bytes and the signature, too.
+  if (walk.window.read(offset, {text.get(), length}) < length) return false;
+  get_settings_from_xmp(kLensSelector, length + 1, text.get(), walk.info.lens, nullptr);
+  const int method =
+      get_settings_from_xmp(kMethodSelector, length + 1, text.get(), nullptr, nullptr);
+  return method >= 0 && method < 32 && (kMethodsWithSettings >> method & 1U) != 0;
+}
+
+// The first APP1 after the EXIF segment, which counts only when it carries XMP.
+void readXmpSegment(Walk& walk, Cursor& cursor) {
+  const auto length = cursor.read16();
+  if (!length || *length < kLengthSize) return;
+  if (!matches(cursor.readBytes(kXmpSignature.size()), kXmpSignature)) return;
+  if (!fits32(cursor.offset())) return;
+  if (readXmpPacket(walk, cursor.offset(), *length)) {
+    walk.info.xmpLength = *length;
+    walk.info.xmpOffset = static_cast<uint32_t>(cursor.offset());
+  }
+}
+
+// False only for an invalid segment length. The end of the file ends the search, not the reading.
+bool searchXmp(Walk& walk, uint64_t offset) {
+  Cursor cursor(walk.window, offset, ByteOrder::big);
+  for (int skipped = 0; skipped < kMaxSkippedBeforeXmp; ++skipped) {
+    const auto code = readMarkerCode(cursor);
+    if (!code || *code == kFill || *code == kEndOfImage || *code == kStartOfScan) return true;
+    if (*code == kApp1) {
+      readXmpSegment(walk, cursor);
+      return true;
+    }
+    const Skip skip = skipSegment(cursor);
+    if (skip != Skip::done) return skip != Skip::invalid;
+  }
+  return true;
+}
+
+// The first APP1 segment, whose code has been read.
+int readExifSegment(Walk& walk, Cursor& cursor) {
+  const uint64_t start = cursor.offset();
+  const auto length = readSegmentLength(cursor);
+  if (!length || *length < kLengthSize) return kCannotRead;
+  const bool isExif = matches(cursor.readBytes(kExifSignature.size()), kExifSignature);
+  const uint64_t header = start + kLengthSize + kExifSignature.size();
+  // Hosts rely on this: an APP1 of another kind does not fail at once. Its TIFF header is looked
+  // for where the stream stands, with offsets from the start of the file.
+  if (!isExif) return readTiffStructure(walk, header, 0);
+  if (!searchXmp(walk, start + *length)) return kCannotRead;
+  return readTiffStructure(walk, header, header);
+}
+
+int readFirstPass(Walk& walk) {
+  Cursor cursor(walk.window, 0, ByteOrder::big);
+  if (!readStartOfImage(cursor)) return kCannotRead;
+  // Every round consumes at least a code and a length, so the file's size bounds the loop.
+  while (const auto code = readMarkerCode(cursor)) {
+    switch (*code) {
+      case kFill:
+        std::fputs("too many padding bytes\n", stderr);
+        return kCannotRead;
+      case kEndOfImage:
+      case kStartOfScan:
+        return kWrongSignature;
+      case kApp1:
+        return readExifSegment(walk, cursor);
+      default:
+        if (skipSegment(cursor) != Skip::done) return kCannotRead;
+    }
+  }
+  return kCannotRead;
+}
+
+// The first APP13 segment, whose code has been read.
+int readPhotoshopSegment(Walk& walk, Cursor& cursor) {
+  const auto length = readSegmentLength(cursor);
+  if (!length || *length < kLengthSize) return kCannotRead;
+  const uint8_t* signature = cursor.readBytes(kPhotoshopSignature.size());
+  if (signature == nullptr) return kCannotRead;
+  if (matches(signature, kPhotoshopSignature)) scanPhotoshopBlock(walk, cursor.offset(), *length);
+  return kOk;
+}
+
+int readSecondPass(Walk& walk) {
+  Cursor cursor(walk.window, 0, ByteOrder::big);
+  if (!readStartOfImage(cursor)) return kCannotRead;
+  while (const auto prefix = cursor.read8()) {
+    if (*prefix != kFill) return kNoMarker;
+    const auto code = cursor.read8();
+    if (!code) return kCannotRead;
+    if (*code == kStartOfScan || *code == kEndOfImage) return kOk;
+    if (*code == kApp13) return readPhotoshopSegment(walk, cursor);
+    if (skipSegment(cursor) != Skip::done) return kCannotRead;
+  }
+  return kCannotRead;
+}
+
+}  // namespace
+
+int readJpeg(Walk& walk) {
+  const int result = readFirstPass(walk);
+  return result < 0 ? result : readSecondPass(walk);
+}
+
+}  // namespace lumenforge
