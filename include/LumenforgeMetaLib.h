@@ -282,13 +282,28 @@ LUMENFORGE_API int parse_photoshop_data(FILE* f, int length, ExifInfo* info);
 LUMENFORGE_API int read_iptc(const char* path, int length, int offset, unsigned char* buf);
 
 /*
- * Reads exposure time and ISO speed from an image description text: items separated by a comma and
- * a space, the eighth the exposure time, the ninth to eleventh three channel values.
+ * Reads exposure time and ISO speed from an image description text (TIFF 6.0, ImageDescription):
+ * items separated by a comma and a space, the eighth the exposure time in seconds ("1/250s"), the
+ * ninth to eleventh three channel values, each a letter R, G or B and its digits ("R60").
  *
- * `f`: a stream at the text's first byte. `length`: its bytes. Writes at most exposureTime, iso and
- * valueSource of `info`.
+ * `f`: a stream at the text's first byte, seekable or not; read up to the text's end. `length`: the
+ * text's bytes. NUL bytes that end the text do not belong to it. Memory is bounded by what the
+ * stream delivers, not by `length`.
  *
- * Returns the last channel value read, 0 when there is none, -1 when `length` bytes cannot be read.
+ * Writes at most three fields of `info`, and only when all three channels were found: iso, 200
+ * times the integer part of 2^(m / 30), m halfway between the smallest and the largest channel
+ * value; exposureTime, when the exposure time has a denominator of 1 or more; valueSource (2), when
+ * besides its numerator and the last channel value lie in 1 to 99,998. An ISO speed that exceeds
+ * 32 bits becomes 4,294,967,200.
+ *
+ * Of a number with a full stop only the digits after the last one count in the exposure time, those
+ * before the first in a channel value. Characters are taken for digits unchecked (their code, 0 to
+ * 255, less that of "0"). A number of seven characters or more ends the reading. A number or item
+ * that the end of the text cuts short is taken as it stands; a letter right at the end has value 0.
+ *
+ * Returns the last channel value read, normally that of B, which ends the reading; 0 when there is
+ * none; -1, with `info` untouched, when `length` bytes cannot be read, `length` is 0 or less, or
+ * memory cannot be obtained.
  */
 LUMENFORGE_API int parse_image_description(FILE* f, int length, ExifInfo* info);
 
@@ -306,17 +321,194 @@ LUMENFORGE_API unsigned int fgetmi4(FILE* f, int byteOrder);
  * Tone-mapping settings in XMP
  * ------------------------------------------------------------------------------------------ */
 
+/*
+ * Settings stand in a packet as elements of the prefix lfst, under the namespace
+ * "http://ns.lumenforge.org/lumenforge_settingsNN", NN being the number of the settings set. They
+ * are found by byte-exact search, not by parsing XML: a namespace declaration (in either quote,
+ * known by the URI up to the slash after the host), then lfst:Method, then the elements, each in
+ * element form (name, ">", value) or attribute form (name, "=", quote, value) as lfst:Method is.
+ *
+ * Methods: 1 "Details Enhancer" (also "Contrast Enhancer"), 2 "Tone Compressor" (also "Smooth
+ * Adaptation"), 3 "Contrast Optimizer", 4 "Tone Balancer", 10 "Fusion/Natural" (also
+ * "Fusion/Adjust"), 11 "Fusion/Intensive", 13 "Fusion/2 images", 14 "Average", 15 "Fusion/Interior"
+ * (also "Fusion/Realistic", "Fusion/Real-Estate"); 0 any other name. 12 has defaults and no name.
+ *
+ * Slots (element, default when not 0). An element in brackets is another name that is read and
+ * never written; it wins when a packet holds both, but for Shadows. Numbers are written with one
+ * decimal unless marked: f six decimals, c three decimals on the clip curve 10 (v/10)^0.326379...,
+ * y "Yes" (above 0) or "No ".
+ *    1  0 ToneCompression [Luminosity], 1 Strength 70, 2 Saturation [ColorSaturation, 0.2 c - 10],
+ *       3 WhiteClip f 0.25, 4 BlackClip f, 5 smoothing level 1: "Very High" 0, "High" 1, "Medium"
+ *       2, "Low" 3, "Very Low" 4, 6 DetailContrast [Microcontrast], 7 Microsmoothing 2
+ *       [NoiseSmoothing], 8 Brightness [Gamma, -10 log2 g above 1, else -(20/3) log2 g],
+ *       9 HighlightsSmoothing, 10 ShadowsSmoothing, 11 ShadowsClipping, 12 ColorTemperature,
+ *       13 SaturationHighlights, 14 SaturationShadows, 15 IsPano360 y, 16 SmoothingMode 1:
+ *       "Light" 0, "Slider" 1, 17 Smoothing as a number; the element Smoothing holds slot 17 when
+ *       slot 16 is 1 and the word of slot 5 when it is 0
+ *    2  0 Brightness, 1 Compression, 2 Contrast, 3 WhiteClip f, 4 BlackClip f, 12 ColorTemperature,
+ *       13 Saturation
+ *    3  0 Strength 50, 1 ToneCompression, 2 LightingEffect 20, 3 WhiteClip c 0.6, 4 BlackClip c
+ *       0.25, 8 Brightness [Midtone], 9 Luminance, 12 ColorTemperature, 13 Saturation,
+ *       15 IsPano360 y
+ *    4  0 Strength 50, 1 Lighting, 2 Boost, 3 WhiteClip c 0.60359085, 4 BlackClip c,
+ *       5 Microcontrast, 8 Brightness, 12 ColorTemperature, 13 Saturation, 15 IsPano360 y
+ *   10  0 Strength [Accentuation], 1 ExposureBalance [BlendingPoint], 2 ShadowsContrast [Shadows],
+ *       3 Saturation, 4 WhiteClip f, 5 BlackClip f, 6 Brightness [MidtonesAdjustment],
+ *       7 IsPano360 y, 8 Sharpness 2, 12 ColorTemperature
+ *   11  0 Strength, 1 Saturation, 2 Radius 70, 6 Brightness, 12 ColorTemperature
+ *   12  8 and 9, without elements: 2 and 1
+ *   13, 14  6 Brightness, 12 ColorTemperature, 13 Saturation
+ *   15  0 DepthHighlights, 1 Highlights, 2 Shadows, 3 Saturation, 6 Brightness, 7 IsPano360 y,
+ *       8 LocalContrast 2, 9 without element: 1, 12 ColorTemperature
+ *   all 21-28 SaturationIndividualColors, 31-38 TemperatureIndividualColors,
+ *       41-48 BrightnessIndividualColors: eight numbers with commas between them;
+ *       51 BlendingOpacity, 52 BlendWithEV
+ *
+ * Numbers are written as printf and read as scanf ("%f") do in the "C" locale. No value is checked
+ * for its range. Packet texts are bytes with a length; a NUL inside one does not end it.
+ */
+
+/*
+ * Sets all 60 slots of `params` to the defaults of `method`; to zero for a number that is no
+ * method. Returns 0.
+ */
 LUMENFORGE_API int def_param(int method, float* params);
+
+/*
+ * Looks for one element in a text, stores its value and marks it found.
+ *
+ * `slot`: index into `found` and `values`; a list fills slots `slot` to `slot` + 7.
+ * `tag`: the element's name with its prefix, "lfst:Strength".
+ * `kind`: 0 a number; 1 "Yes" (1.0) or anything else (0.0); 20 a list of eight numbers with commas
+ * between them, taken only when all eight parse. Any other kind finds nothing.
+ * `buffer`: the text, of which `length` bytes are read and never more; it need not end in NUL.
+ * `form`: 2 searches the tag followed by "=", any other value the tag followed by ">"; the value
+ * begins `form` - 1 bytes after that. A number that does not parse there is tried one byte later.
+ * `found`: one flag per slot, 0 before the first search. A slot whose flag is set is left alone, so
+ * that the first of several names wins. The first match sets the flag, also when its text does not
+ * parse, lies outside the text or is cut short by its end; the slot then keeps its value (a yes/no
+ * word gives 0.0).
+ *
+ * Returns the match's offset. Without a match `length` - (length of `tag` + 1); 0 when the flag was
+ * set or the tag and its terminator are not shorter than `length`. Allocates nothing.
+ */
 LUMENFORGE_API int searchForTag(int slot, const char* tag, int kind, const unsigned char* buffer,
                                 int form, int length, int* found, float* values);
+
+/*
+ * Reads settings, their method or the lens from a packet.
+ *
+ * `selector`: -1 the method; 0 to 15 the settings of that method; 100 the lens, aux:Lens of the XMP
+ * specification.
+ * `length`: bytes of `xmp`, counting the NUL that must end it.
+ * `lensOut`: for 100, at least 64 bytes cleared by the caller: receives at most 63 bytes and no
+ * NUL; a longer, unterminated or missing lens, or an attribute not in double quotes, leaves it as
+ * it was. May be null for other selectors.
+ * `params`: for 0 to 15, 60 slots, set to the method's defaults and then filled from the elements
+ * found. May be null for -1 and 100.
+ *
+ * The packet's first declaration counts, then the first lfst:Method behind it, then the first
+ * element of each name from there to the end of the text, in whichever description. An element
+ * whose text does not parse keeps the default and still hides the slot's other name; a conversion
+ * is applied then, too, to the default. A word cut short by the text's end does not match. Textual
+ * microcontrast levels of very old packets are not read.
+ *
+ * Returns
+ *   -3  `length` is below 1 or the byte at `length` - 1 is not NUL
+ *   for 100: the offset at which the search for the lens stopped, of no further use
+ *    0  the text declares no settings
+ *   for -1: the method, 0 for an unknown name; -5 when there is no lfst:Method
+ *   for others: the offset of lfst:Method with `params` filled; -5 with `params` untouched when the
+ *   method is another or there is none. For 0 without any lfst:Method: `params` zeroed, and
+ *   `length` - 11 or, in a shorter text, the offset behind the declaration.
+ */
 LUMENFORGE_API int get_settings_from_xmp(int selector, int length, const unsigned char* xmp,
                                          char* lensOut, float* params);
+
+/*
+ * Reads `size` bytes at `offset` of the file into `buffer` and returns the method of the settings
+ * in them.
+ *
+ * `buffer`: `size` + 1 bytes, of which the caller sets the last one to NUL. Files larger than 2 GiB
+ * are read as far as the arguments reach.
+ *
+ * Returns -1 when the file cannot be opened or sought, or is empty; 0 with `buffer` untouched when
+ * the region does not end before the end of the file, or `size` or `offset` is negative; else as
+ * get_settings_from_xmp with selector -1 (a method, 0, -3 or -5).
+ */
 LUMENFORGE_API int extract_xmp(const char* path, int size, int offset, unsigned char* buffer);
+
+/*
+ * Reads the settings, or with selector -1 their method, of a file that holds XMP text.
+ *
+ * Returns -1 when the file cannot be opened or sought, or holds 2 GiB or more; -2 when it delivers
+ * too few bytes; -4 when memory for its text cannot be obtained; -5 for selector 100, before the
+ * file is opened; else as get_settings_from_xmp.
+ */
 LUMENFORGE_API int read_xmp(const char* path, int selector, float* params);
+
+/*
+ * Counts the settings namespace declarations of a packet, in either quote and whatever the number
+ * of their set. `length`: bytes of `xmp`, counting the NUL that must end it.
+ *
+ * Returns the count, or -3 when `length` is below 1 or the byte at `length` - 1 is not NUL.
+ */
 LUMENFORGE_API int lfsettings_occurences_in_xmp(int length, const unsigned char* xmp);
+
+/*
+ * Writes settings as XMP text, a whole packet or its description blocks alone.
+ *
+ * `setNumber`: 0 measures: nothing is written, `out` may be null. 1 or negative writes as set 01, 2
+ * or more as that set. Keep to 99: the measured length counts two digits.
+ * `method`: below 1 writes no settings block; above 200 stands for `method` - 200 without the
+ * wrapper (x:xmpmeta and rdf:RDF). A number without a name gets the common elements only.
+ * `params`: 60 slots. May be null when no settings block is written.
+ * `hasLens`: above 0 writes a block of the aux schema with `lens`, NUL-terminated and written as
+ * it is (any escaping is the caller's), before the settings. Else `lens` may be null.
+ * `out`: at least the measured bytes. No NUL is written.
+ *
+ * Method 1: slots 16 and 5 count by their integer part. A mode that is neither 0 nor 1 writes its
+ * line, "Light", in the place of the smoothing as well; a level that has no word writes "Light".
+ *
+ * Returns the text's length, the same for measuring and writing. Lines of any length are exact.
+ */
 LUMENFORGE_API int embed_xmp(int setNumber, int method, const float* params, int hasLens,
                              const char* lens, char* out);
+
+/*
+ * Creates or replaces the file at `path` with the packet that embed_xmp writes for set 1 without
+ * lens.
+ *
+ * Returns 1; -2 when `method` is not 1 to 15 and -4 when memory cannot be obtained, both before the
+ * file is touched; -1 when it cannot be opened for writing; -3 when it could not be written (a full
+ * device), which leaves what there is of it.
+ */
 LUMENFORGE_API int write_xmp(const char* path, int method, const float* params);
+
+/*
+ * Inserts a settings block into a packet in memory, behind the opening tag of rdf:RDF: directly
+ * behind it or, when the second byte after the tag is a line feed, behind the first byte, and when
+ * the third is one, too, behind the second.
+ *
+ * Call once with `setNumber` 0 for the block's size (`xmpLength`, `insertLength` and `xmp` are not
+ * used), then with the set's number, 1 to 99, and that size.
+ *
+ * `method`: at least 1. A number without a name inserts the common elements only.
+ * `xmpLength`: bytes of the packet. A NUL counted in it moves with the tail and stays last.
+ * `insertLength`: the size; the text behind the insertion point moves up by it, and no more of the
+ * block is written than fits, also when a set number of three digits or another size than the
+ * measured one was given.
+ * `xmp`: `xmpLength` + `insertLength` bytes; nothing behind them is touched.
+ *
+ * Returns the block's size, or with the packet unchanged
+ *           -5  `method` is below 1, in either call
+ *          -34  `xmpLength` is below 35
+ *   -xmpLength  no "<x:xmpmeta xmlns:x='adobe:ns:meta/" (either quote), or no opening tag of rdf:RDF
+ *               with nothing but its xmlns:rdf (either quote) at byte 65 or later; an opening or a
+ *               tag must end before the packet's last byte
+ *         -130  `xmpLength` is below 131
+ *           -1  fewer than 3 bytes stand behind the insertion point, or `insertLength` is negative
+ */
 LUMENFORGE_API int insert_xmp(int setNumber, int method, const float* params, int xmpLength,
                               int insertLength, char* xmp);
 
@@ -346,6 +538,27 @@ LUMENFORGE_API int update_tif_profile(int size, const unsigned char* profile, co
  * HDR statistics
  * ------------------------------------------------------------------------------------------ */
 
+/*
+ * Measures the brightness of an HDR image in shared-exponent form (red, green, blue mantissas and
+ * one exponent, 8 bits each).
+ *
+ * `data`: `height` rows of 4 x `width` bytes without gaps. A row holds four planes of `width` bytes:
+ * red, green, blue, exponent. Only read; not touched when `width` or `height` is 0 or less.
+ *
+ * The brightness of a pixel is m x 2^(exponent - 128) in single precision, m = (19 red + 183 green
+ * + 54 blue) / 256, rounded down to an integer. A pixel of exponent 0 counts for nothing, one with
+ * m = 0 for the mean alone. Products above the range of single precision are infinite.
+ *
+ * `result`: three floats.
+ *   [0]  the smallest brightness above 0; 1e11 when there is none or none is smaller
+ *   [1]  the largest brightness, 0 when there is none
+ *   [2]  the mean: the sum in double precision, as if added pixel by pixel, row by row, divided by
+ *        the pixel count rounded to single precision; 0 when no pixel counts
+ * The same image gives the same bits on every processor.
+ *
+ * Returns `height` when it is above 0, else 0 (with `result` 1e11, 0, 0); -4, with `result` not
+ * written, when memory cannot be obtained. Runs on one thread at about the speed of memory.
+ */
 LUMENFORGE_API int hdrMinMax(int width, int height, const unsigned char* data, float* result);
 
 #ifdef __cplusplus
