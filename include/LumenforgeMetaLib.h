@@ -503,9 +503,9 @@ LUMENFORGE_API int write_xmp(const char* path, int method, const float* params);
  * Returns the block's size, or with the packet unchanged
  *           -5  `method` is below 1, in either call
  *          -34  `xmpLength` is below 35
- *   -xmpLength  no "<x:xmpmeta xmlns:x='adobe:ns:meta/" (either quote), or no opening tag of rdf:RDF
- *               with nothing but its xmlns:rdf (either quote) at byte 65 or later; an opening or a
- *               tag must end before the packet's last byte
+ *   -xmpLength  no "<x:xmpmeta xmlns:x='adobe:ns:meta/" (either quote), or no opening tag of
+ *               rdf:RDF with nothing but its xmlns:rdf (either quote) at byte 65 or later; each
+ *               must end before the packet's last byte
  *         -130  `xmpLength` is below 131
  *           -1  fewer than 3 bytes stand behind the insertion point, or `insertLength` is negative
  */
@@ -516,22 +516,147 @@ LUMENFORGE_API int insert_xmp(int setNumber, int method, const float* params, in
  * TIFF output
  * ------------------------------------------------------------------------------------------ */
 
+/*
+ * Counts and sizes of the Exif and GPS directories (EXIF 2.3) that `meta` and `gps` give, the lengths
+ * of the texts in them, and the camera maker's name, which is derived from the model. All outputs
+ * are written on every call.
+ *
+ * `exifCount`, `gpsCount`: directory entries; 0 when there is no such directory. `exifDataSize`,
+ * `gpsDataSize`: bytes of the value areas. `modelLength`, `makeLength`, `dateTimeLength`,
+ * `lensLength`: bytes of the texts with their terminator, 0 for an empty one; a model or lens that
+ * fills its 64 bytes counts 63, a date that fills its 20 bytes counts 20, both without a terminator.
+ * `gpsDateLength`: 11 or 0. `make`: 64 bytes, the name and zeros; empty for an unknown model.
+ *
+ * A fraction is present when both its words, as signed numbers, are positive; of three fractions
+ * the first decides. The ISO speed and the reference letters are present when positive as signed
+ * numbers, the date stamp when its first byte is not 0.
+ *
+ * Returns exifCount + gpsCount.
+ */
 LUMENFORGE_API int get_exif_count(const MetadataBuf* meta, int* exifCount, int* exifDataSize,
                                   const GpsBuf* gps, int* gpsCount, int* gpsDataSize,
                                   int* modelLength, int* makeLength, int* dateTimeLength,
                                   int* gpsDateLength, int* lensLength, char* make);
+
+/*
+ * Writes a stand-alone EXIF block: a little-endian TIFF structure (TIFF 6.0, EXIF 2.3) of a
+ * directory with make, model, orientation and pointers, the Exif directory and the GPS directory,
+ * without padding, so that offsets may be odd.
+ *
+ * The counts and lengths are those of get_exif_count for the same records, values of 0 or less
+ * standing for nothing. `orientation`: TIFF orientation code; what is not 1 to 8 is written as 1.
+ * `make`: the 64 bytes from get_exif_count.
+ *
+ * `out`: zero-filled by the caller, at least as long as the result, which is the sum of 8 bytes of
+ * header; 6 + 12 x n for each directory of n entries; makeLength, modelLength and both data sizes.
+ * The first directory has one entry for the orientation and one for each of makeLength,
+ * modelLength, exifCount and gpsCount above 0. Nothing is written beyond that, whatever the
+ * arguments.
+ *
+ * Returns the block's size; -1, with nothing written, when there is neither make, model, Exif entry
+ * nor GPS entry, or when the sizes given add up to more than 2,147,483,647 bytes.
+ */
 LUMENFORGE_API int write_exif_buf(int exifCount, int exifDataSize, int gpsCount, int gpsDataSize,
                                   int modelLength, int makeLength, int dateTimeLength,
                                   int gpsDateLength, int orientation, const MetadataBuf* meta,
                                   const GpsBuf* gps, const char* make, unsigned char* out);
+
+/*
+ * Copies an IPTC block (IPTC-IIM 4, standard datasets) to `out` with one keyword (dataset 2:25)
+ * more: behind the last keyword, else behind the last dataset of record 2, else behind the first
+ * dataset. Without a block, a new one is begun with the record version (2:00).
+ *
+ * `iptcLength`: bytes of the block, 0 for none, in which case `iptc` may be null. `keywordLength`:
+ * 0 to 65,535 bytes; the text is stored as it is, without a terminator. `out`: iptcLength + 5 +
+ * keywordLength bytes, 12 + keywordLength for a new block, which is also the new block's length. It
+ * must not overlap `iptc`.
+ *
+ * Datasets are found by their markers, byte by byte: markers inside a dataset's data count, and a
+ * keyword at the very start of the block is not taken for the last keyword.
+ *
+ * Returns the offset of the new dataset in `out` (7 for a new block), or with nothing written
+ *   -1  `iptcLength` is below 0 or below that of a dataset header, or the dataset found runs past
+ *       the end of the block
+ *   -2  `keywordLength` is outside 0 to 65,535, or the new length does not fit 32 bits
+ */
 LUMENFORGE_API int add_iptc_keyword(int iptcLength, const unsigned char* iptc, int keywordLength,
                                     const unsigned char* keyword, unsigned char* out);
+
+/*
+ * Writes an image with its metadata as an uncompressed, little-endian TIFF 6.0 file of one strip:
+ * header, pixels, then the directory with its values, without seeking.
+ *
+ * `pixels`: rows from the top, samples in the machine's byte order; of two or four samples the last
+ * is not written. `info`: see TifImageInfo; a height below 0 counts as 0, which gives a file
+ * without pixels. `stride`: from a row to the next, in bytes, in 16-bit samples when
+ * info->conversion is 1; it is taken as it is, also 0 or negative (rows stored bottom-up, `pixels`
+ * at the last one).
+ *
+ * `iccProfile`: info->iccLength bytes (ICC.1), may be null for 0. A profile of more than 20 bytes
+ * whose colour space is not RGB is left out. `meta`, `gps`: the camera's data, as for
+ * get_exif_count. `iptc`: `iptcLength` bytes, may be null for 0 or less. `settings`: a settings
+ * record, read when a packet is generated for `method` above 0, else it may be null. `xmp`:
+ * `xmpLength` bytes with or without a final NUL, may be null for 0 or less.
+ *
+ * The XMP packet written is the given one when it holds settings of method 1, 2, 3, 4, 10, 11 or
+ * 15, else one generated with the settings (`method` above 0) and the lens of `meta`, else the
+ * given one. A given packet goes without its last byte, its terminator; when `method` is 0 the
+ * terminator may be missing. A packet generated for the lens alone fills the place of the given one
+ * with blanks, or takes the room that it needs.
+ *
+ * Pixels are written in blocks of about 1 MiB, straight from `pixels` where rows stand there as they
+ * stand in the file; other memory is needed for one block and for the directory with its values.
+ *
+ * Returns the number of rows of the last block (the height of an image of one block, 0 for a file
+ * without pixels), or
+ *   -1  the file cannot be created ("Could not open for writing file:  <path>" on standard error),
+ *       or memory for the directory cannot be obtained
+ *   -2  the header cannot be written
+ *   -3  the pixels cannot be written
+ *   -4  memory for a block, or for a copy of `xmp` with a terminator, cannot be obtained
+ *   -6  unsupported: channels outside 1 to 4; bitsPerSample other than 8, 16, 32, 3216; conversion
+ *       other than 0, or 1 with bitsPerSample 8; width below 1; iccLength or resolution below 0;
+ *       a resolution above 4,294,967; a file of more than 4 GiB - 1
+ *  -12  the directory cannot be written, or the file cannot be closed
+ * -6 and a missing copy (-4) are found before the file is created. A file that fails later stays as
+ * far as it was written.
+ */
 LUMENFORGE_API int buf2tif(const void* pixels, const TifImageInfo* info, int stride,
                            const unsigned char* iccProfile, const MetadataBuf* meta,
                            const GpsBuf* gps, int iptcLength, const unsigned char* iptc, int method,
                            const float* settings, int xmpLength, const unsigned char* xmp,
                            const char* path);
+
+/*
+ * Finds the entry of `tag` in a little-endian TIFF file: the first one in the chain of directories.
+ * The Exif and GPS directories are not entered.
+ *
+ * `stream`: a seekable stream at the TIFF header; offsets count from the start of the file. Its
+ * position afterwards is undefined. `count`, `value`: the entry's count and value field, written
+ * only when it is found; of one or two SHORTs the first is the value.
+ *
+ * Returns the entry's file offset, which is above 0, or
+ *   -1  no directory holds the tag, the file ends first, or the entry lies beyond 2 GiB
+ *   -2  no little-endian TIFF header, or a directory without entries
+ *   -3  the stream cannot be seeked
+ * At most 5 x 65,535 entries are read; past that, as in a chain that leads back into itself, the
+ * tag counts as missing.
+ */
 LUMENFORGE_API int get_tif_tag(FILE* stream, int tag, int* count, int* value);
+
+/*
+ * Gives a little-endian TIFF file another ICC profile (ICC.1): appends the `size` bytes at `profile`
+ * and points the file's profile entry (tag 34675) at them. The old profile stays in the file,
+ * unused. An entry is never added.
+ *
+ * Returns `size`; 0 when the file has no profile entry or is no little-endian TIFF, in which case it
+ * is left alone; or
+ *   -1  `size` is 0 or less; the file cannot be opened (on standard error "Can not open input file
+ *       for reading", "... for update" or "... for appending"); the entry has changed meanwhile
+ *   -2  seeking or writing fails, or the file would grow beyond 4 GiB - 1
+ * A failed call leaves the file as it was: everything is opened first, the profile is appended
+ * before the entry is changed, and what a failure has written is taken back.
+ */
 LUMENFORGE_API int update_tif_profile(int size, const unsigned char* profile, const char* path);
 
 /* ---------------------------------------------------------------------------------------------

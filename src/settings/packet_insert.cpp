@@ -1,0 +1,87 @@
+// A settings block spliced into a packet held in memory, behind the opening tag of its rdf:RDF.
+#include <cstring>
+
+#include "LumenforgeMetaLib.h"
+#include "base/result.h"
+#include "settings/packet_writer.h"
+#include "settings/text_search.h"
+#include "settings/xmp_texts.h"
+
+namespace lumenforge {
+
+namespace {
+
+constexpr Needle kPacketOpening{"<x:xmpmeta xmlns:x=", 4};  // "mp"
+constexpr Needle kRdfOpening{"<rdf:RDF xmlns:rdf=", 6};     // "DF"
+
+constexpr std::size_t kPacketOpeningSize = kPacketOpening.text.size() + 1 + kXmpNamespace.size();
+constexpr std::size_t kRdfTagSize = kRdfOpening.text.size() + 1 + kRdfNamespace.size() + 2;
+static_assert(kPacketOpeningSize == 34 && kRdfTagSize == 65);
+
+// What a packet must be longer than to hold an opening, and an opening and a tag behind 65 bytes.
+constexpr int kShortestOpening = kPacketOpeningSize;
+constexpr int kShortestPacket = 2 * kRdfTagSize;
+
+// The tag is searched from here; a packet of this library, whose tag stands before it, is no place
+// for a second block.
+constexpr std::size_t kTagSearchStart = 65;
+
+constexpr std::size_t kShortestTail = 3;
+
+std::size_t findRdfTag(std::string_view packet) {
+  std::size_t at = kTagSearchStart;
+  while ((at = findQuoted(packet, at, kRdfOpening, kRdfNamespace)) != kNowhere) {
+    const char quote = packet[at + kRdfOpening.text.size()];
+    const char closing[] = {quote, '>'};
+    if (textFrom(packet, at + kRdfTagSize - 2).starts_with(std::string_view(closing, 2))) return at;
+    ++at;
+  }
+  return kNowhere;
+}
+
+// Behind the tag, or behind the first or second of the line feeds that follow the byte after it.
+std::size_t insertionPoint(std::string_view packet, std::size_t tag) {
+  const std::size_t end = tag + kRdfTagSize;
+  if (end + 2 >= packet.size() || packet[end + 1] != '\n') return end;
+  return packet[end + 2] == '\n' ? end + 2 : end + 1;
+}
+
+// Where the block goes, or the code of the refusal.
+int findInsertionPoint(std::string_view packet) {
+  const auto length = static_cast<int>(packet.size());
+  // An opening or a tag must end before the packet's last byte.
+  const std::string_view searched = packet.substr(0, packet.size() - 1);
+  if (findQuoted(searched, 0, kPacketOpening, kXmpNamespace) == kNowhere) return -length;
+  if (length <= kShortestPacket) return kTooShortForTag;
+  const std::size_t tag = findRdfTag(searched);
+  if (tag == kNowhere) return -length;
+  return static_cast<int>(insertionPoint(packet, tag));
+}
+
+}  // namespace
+
+}  // namespace lumenforge
+
+int insert_xmp(int setNumber, int method, const float* params, int xmpLength, int insertLength,
+               char* xmp) {
+  using namespace lumenforge;
+  if (method < 1) return kOtherMethod;
+  const PacketContent block{.setNumber = setNumberWritten(setNumber),
+                            .method = method,
+                            .params = params,
+                            .wrapped = false};
+  if (setNumber == 0) return static_cast<int>(measurePacket(block));
+
+  if (xmpLength <= kShortestOpening) return kTooShortForPacket;
+  const int point = findInsertionPoint({xmp, static_cast<std::size_t>(xmpLength)});
+  if (point < 0) return point;
+  const auto tail = static_cast<std::size_t>(xmpLength - point);
+  if (tail < kShortestTail || insertLength < 0) return kCannotRead;
+
+  // The room between is all that the block may fill, whatever length was announced for it.
+  const auto room = static_cast<std::size_t>(insertLength);
+  std::memmove(xmp + point + room, xmp + point, tail);
+  TextSink sink(xmp + point, room);
+  writePacket(sink, block);
+  return static_cast<int>(sink.length());
+}

@@ -1,0 +1,169 @@
+// Settings and lens to XMP text: RDF descriptions inside x:xmpmeta, one element a line.
+#include "settings/packet_writer.h"
+
+#include <array>
+#include <charconv>
+#include <limits>
+#include <optional>
+#include <span>
+
+#include "LumenforgeMetaLib.h"
+#include "base/number_text.h"
+#include "settings/schema.h"
+#include "settings/xmp_texts.h"
+
+namespace lumenforge {
+
+namespace {
+
+// Methods above this stand for the method number above it, written without the wrapper.
+constexpr int kUnwrappedMethods = 200;
+
+// Room for the longest value, a list.
+using ValueBuffer = std::array<char, kListLength*(kFixedTextSize + 1)>;
+
+std::string_view fixedText(float value, int decimals, ValueBuffer& buffer) {
+  const auto out = std::span(buffer).first<kFixedTextSize>();
+  return {buffer.data(), formatFixed(value, decimals, out)};
+}
+
+std::string_view listText(const float* slots, ValueBuffer& buffer) {
+  std::size_t length = 0;
+  for (int i = 0; i < kListLength; ++i) {
+    if (i > 0) buffer[length++] = ',';
+    length += formatFixed(slots[i], 1, std::span(buffer).subspan(length).first<kFixedTextSize>());
+  }
+  return {buffer.data(), length};
+}
+
+// The word that the slot's integer part selects.
+std::optional<std::size_t> wordIndex(float slot, std::size_t words) {
+  if (!(slot > -1 && slot < static_cast<float>(words))) return std::nullopt;
+  return static_cast<std::size_t>(static_cast<int>(slot));
+}
+
+std::string_view modeWord(std::optional<std::size_t> mode) {
+  return mode ? kSmoothingModes[*mode] : kSmoothingModes.front();
+}
+
+// The word of a level that has none is that of the mode.
+std::string_view levelWord(float slot) {
+  const auto level = wordIndex(slot, kSmoothingLevels.size());
+  return level ? kSmoothingLevels[*level] : kSmoothingModes.front();
+}
+
+std::string_view valueText(const Element& element, const float* params, ValueBuffer& buffer) {
+  const float value = params[element.slot];
+  switch (element.text) {
+    case ValueText::absent:
+      break;
+    case ValueText::oneDecimal:
+      return fixedText(value, 1, buffer);
+    case ValueText::sixDecimals:
+      return fixedText(value, 6, buffer);
+    case ValueText::clipCurve:
+      return fixedText(toClipCurve(value), 3, buffer);
+    case ValueText::yesNo:
+      return value > 0 ? "Yes" : "No ";
+    case ValueText::listOfEight:
+      return listText(params + element.slot, buffer);
+    case ValueText::modeWord:
+      return modeWord(wordIndex(value, kSmoothingModes.size()));
+    case ValueText::levelOrNumber:
+      return params[kSmoothingModeSlot] >= kSmoothingBySlider
+                 ? fixedText(value, 1, buffer)
+                 : levelWord(params[kSmoothingLevelSlot]);
+  }
+  return {};
+}
+
+void writeLine(TextSink& sink, Name name, std::string_view value) {
+  sink.add("<lfst:");
+  sink.add(textOf(name));
+  sink.add(">");
+  sink.add(value);
+  sink.add("</lfst:");
+  sink.add(textOf(name));
+  sink.add(">\n");
+}
+
+void writeElement(TextSink& sink, const Element& element, const float* params) {
+  if (element.text == ValueText::absent) return;
+  if (element.text == ValueText::levelOrNumber &&
+      !wordIndex(params[kSmoothingModeSlot], kSmoothingModes.size())) {
+    // A mode that is neither has no smoothing value; the line of the mode stands there once more.
+    return writeLine(sink, Name::smoothingMode, modeWord(std::nullopt));
+  }
+  ValueBuffer buffer;
+  writeLine(sink, element.name, valueText(element, params, buffer));
+}
+
+void writeLens(TextSink& sink, const char* lens) {
+  sink.add("<rdf:Description rdf:about=''\nxmlns:aux='");
+  sink.add(kAuxNamespace);
+  sink.add("'>\n<aux:Lens>");
+  sink.add(lens);
+  sink.add("</aux:Lens>\n</rdf:Description>\n\n");
+}
+
+void writeNamespace(TextSink& sink, int setNumber) {
+  std::array<char, std::numeric_limits<int>::digits10 + 2> digits;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), setNumber).ptr;
+  sink.add(kNamespaceDeclaration);
+  sink.add("'");
+  sink.add(kNamespaceBase);
+  sink.add(kNamespacePath);
+  if (setNumber < 10) sink.add("0");
+  sink.add({digits.data(), static_cast<std::size_t>(end - digits.data())});
+  sink.add("'>\n");
+}
+
+void writeSettings(TextSink& sink, const PacketContent& content) {
+  sink.add("<rdf:Description rdf:about=''\n");
+  writeNamespace(sink, content.setNumber);
+  sink.add("<lfst:Version>6.0</lfst:Version>\n");
+  const Method* method = methodOf(content.method);
+  if (method != nullptr && !method->name.empty()) {
+    sink.add("<lfst:Method>");
+    sink.add(method->name);
+    sink.add("</lfst:Method>\n");
+    for (const Element& element : method->elements) writeElement(sink, element, content.params);
+  }
+  for (const Element& element : commonElements()) writeElement(sink, element, content.params);
+  sink.add("</rdf:Description>\n\n");
+}
+
+}  // namespace
+
+void writePacket(TextSink& sink, const PacketContent& content) {
+  if (content.wrapped) {
+    sink.add("<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n<rdf:RDF xmlns:rdf='");
+    sink.add(kRdfNamespace);
+    sink.add("'>\n\n");
+  }
+  if (content.lens != nullptr) writeLens(sink, content.lens);
+  if (content.method >= 1) writeSettings(sink, content);
+  if (content.wrapped) sink.add("</rdf:RDF>\n</x:xmpmeta>\n");
+}
+
+std::size_t measurePacket(const PacketContent& content) {
+  TextSink sink;
+  writePacket(sink, content);
+  return sink.length();
+}
+
+}  // namespace lumenforge
+
+int embed_xmp(int setNumber, int method, const float* params, int hasLens, const char* lens,
+              char* out) {
+  using namespace lumenforge;
+  const bool wrapped = method <= kUnwrappedMethods;
+  const PacketContent content{.setNumber = setNumberWritten(setNumber),
+                              .method = wrapped ? method : method - kUnwrappedMethods,
+                              .params = params,
+                              .lens = hasLens > 0 ? lens : nullptr,
+                              .wrapped = wrapped};
+  TextSink sink = setNumber == 0 ? TextSink() : TextSink(out, kUnlimited);
+  writePacket(sink, content);
+  return static_cast<int>(sink.length());
+}
