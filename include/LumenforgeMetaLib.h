@@ -517,14 +517,14 @@ LUMENFORGE_API int insert_xmp(int setNumber, int method, const float* params, in
  * ------------------------------------------------------------------------------------------ */
 
 /*
- * Counts and sizes of the Exif and GPS directories (EXIF 2.3) that `meta` and `gps` give, the lengths
- * of the texts in them, and the camera maker's name, which is derived from the model. All outputs
- * are written on every call.
+ * Counts and sizes of the Exif and GPS directories (EXIF 2.3) that `meta` and `gps` give, the
+ * lengths of the texts in them, and the camera maker's name, which is derived from the model. All
+ * outputs are written on every call.
  *
  * `exifCount`, `gpsCount`: directory entries; 0 when there is no such directory. `exifDataSize`,
  * `gpsDataSize`: bytes of the value areas. `modelLength`, `makeLength`, `dateTimeLength`,
  * `lensLength`: bytes of the texts with their terminator, 0 for an empty one; a model or lens that
- * fills its 64 bytes counts 63, a date that fills its 20 bytes counts 20, both without a terminator.
+ * fills its 64 bytes counts 63 and a date that fills its 20 bytes counts 20, without a terminator.
  * `gpsDateLength`: 11 or 0. `make`: 64 bytes, the name and zeros; empty for an unknown model.
  *
  * A fraction is present when both its words, as signed numbers, are positive; of three fractions
@@ -604,8 +604,8 @@ LUMENFORGE_API int add_iptc_keyword(int iptcLength, const unsigned char* iptc, i
  * terminator may be missing. A packet generated for the lens alone fills the place of the given one
  * with blanks, or takes the room that it needs.
  *
- * Pixels are written in blocks of about 1 MiB, straight from `pixels` where rows stand there as they
- * stand in the file; other memory is needed for one block and for the directory with its values.
+ * Pixels are written in blocks of about 1 MiB, straight from `pixels` where rows stand there as
+ * they stand in the file; other memory is needed for one block and the directory with its values.
  *
  * Returns the number of rows of the last block (the height of an image of one block, 0 for a file
  * without pixels), or
@@ -645,12 +645,12 @@ LUMENFORGE_API int buf2tif(const void* pixels, const TifImageInfo* info, int str
 LUMENFORGE_API int get_tif_tag(FILE* stream, int tag, int* count, int* value);
 
 /*
- * Gives a little-endian TIFF file another ICC profile (ICC.1): appends the `size` bytes at `profile`
- * and points the file's profile entry (tag 34675) at them. The old profile stays in the file,
- * unused. An entry is never added.
+ * Gives a little-endian TIFF file another ICC profile (ICC.1): appends the `size` bytes at
+ * `profile` and points the file's profile entry (tag 34675) at them. The old profile stays in the
+ * file, unused. An entry is never added.
  *
- * Returns `size`; 0 when the file has no profile entry or is no little-endian TIFF, in which case it
- * is left alone; or
+ * Returns `size`; 0 when the file has no profile entry or is no little-endian TIFF, in which case
+ * it is left alone; or
  *   -1  `size` is 0 or less; the file cannot be opened (on standard error "Can not open input file
  *       for reading", "... for update" or "... for appending"); the entry has changed meanwhile
  *   -2  seeking or writing fails, or the file would grow beyond 4 GiB - 1

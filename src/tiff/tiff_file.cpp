@@ -1,0 +1,249 @@
+// Pixels and records -> an uncompressed, little-endian TIFF file of one strip (TIFF 6.0), front to
+// back: header, pixel rows, directory with its values. Every offset is computed before the first
+// byte is written.
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "LumenforgeMetaLib.h"
+#include "base/file.h"
+#include "base/result.h"
+#include "base/zeroed.h"
+#include "tiff/directory_writer.h"
+#include "tiff/exif_block.h"
+#include "tiff/pixel_blocks.h"
+#include "tiff/xmp_choice.h"
+
+namespace lumenforge {
+
+namespace {
+
+constexpr uint64_t kHeaderSize = 8;
+constexpr uint64_t kBlockSize = 1048576;
+constexpr uint64_t kLargestFile = std::numeric_limits<uint32_t>::max();
+constexpr int32_t kHalfFloat = 3216;
+constexpr char kSoftware[] = "Lumenforge Merge To 32-bit HDR";
+
+struct ImageDescription {
+  uint32_t width = 0;
+  uint32_t height = 0;
+  uint16_t samples = 0;  // per pixel in the file, 1 or 3
+  uint16_t bits = 0;     // per sample in the file
+  bool isFloat = false;
+  uint32_t resolution = 0;
+  uint16_t orientation = 1;
+
+  uint64_t stripSize() const { return uint64_t{width} * height * samples * (bits / 8U); }
+};
+
+// What else goes into the file.
+struct Metadata {
+  MakeText make;
+  ExifSizes sizes;
+  const MetadataBuf* meta = nullptr;
+  const GpsBuf* gps = nullptr;
+  std::span<const uint8_t> icc;
+  std::span<const uint8_t> iptc;
+  XmpRequest xmpRequest;
+  XmpChoice xmp;
+};
+
+bool isSupported(const TifImageInfo& info) {
+  constexpr int32_t kLargestResolution = std::numeric_limits<uint32_t>::max() / 1000;
+  const bool isDepth = info.bitsPerSample == 8 || info.bitsPerSample == 16 ||
+                       info.bitsPerSample == 32 || info.bitsPerSample == kHalfFloat;
+  const bool isConversion =
+      info.conversion == 0 || (info.conversion == 1 && info.bitsPerSample == 8);
+  return isDepth && isConversion && info.channels >= 1 && info.channels <= 4 && info.width >= 1 &&
+         info.iccLength >= 0 && info.resolution >= 0 && info.resolution <= kLargestResolution;
+}
+
+ImageDescription describe(const TifImageInfo& info) {
+  ImageDescription image;
+  image.width = static_cast<uint32_t>(info.width);
+  image.height = static_cast<uint32_t>(std::max(info.height, 0));
+  image.samples = info.channels <= 2 ? 1 : 3;
+  image.bits =
+      info.bitsPerSample == kHalfFloat ? uint16_t{16} : static_cast<uint16_t>(info.bitsPerSample);
+  image.isFloat = info.bitsPerSample == 32 || info.bitsPerSample == kHalfFloat;
+  image.resolution = static_cast<uint32_t>(info.resolution);
+  image.orientation = orientationCode(info.orientation);
+  return image;
+}
+
+PixelRows rowsOf(const TifImageInfo& info, const ImageDescription& image, const void* pixels,
+                 int32_t stride) {
+  const bool narrow = info.conversion == 1;
+  const std::size_t sampleSize = narrow ? 2 : image.bits / 8U;
+  const auto channels = static_cast<std::size_t>(info.channels);
+  PixelRows rows;
+  rows.first = static_cast<const uint8_t*>(pixels);
+  rows.distance = std::ptrdiff_t{stride} * (narrow ? 2 : 1);
+  rows.width = image.width;
+  rows.height = image.height;
+  rows.packing = packingFor(channels, image.samples, sampleSize, narrow);
+  // A block is counted in the samples of the buffer, also when not all of them are written.
+  const uint64_t countedRowSize = rows.width * channels * (narrow ? 1 : sampleSize);
+  rows.rowsPerBlock = std::max<uint64_t>(kBlockSize / countedRowSize, 1);
+  return rows;
+}
+
+// A profile long enough to name its colour space (ICC.1, header byte 16) must be one for RGB.
+bool isUsableProfile(std::span<const uint8_t> profile) {
+  constexpr std::string_view kRgb = "RGB";
+  return profile.size() <= 20 || std::ranges::equal(profile.subspan(16, kRgb.size()), kRgb);
+}
+
+std::span<const uint8_t> bytesOf(const uint8_t* data, int32_t size) {
+  return {data, static_cast<std::size_t>(std::max(size, 0))};
+}
+
+void addShortOrLong(DirectoryWriter& directory, uint16_t tag, uint32_t value) {
+  if (value > std::numeric_limits<uint16_t>::max()) {
+    directory.addLong(tag, value);
+  } else {
+    directory.addShort(tag, static_cast<uint16_t>(value));
+  }
+}
+
+// The IPTC block counts in LONGs, for which zeros stand behind it.
+void addIptc(DirectoryWriter& directory, std::span<const uint8_t> iptc) {
+  const auto words = static_cast<uint32_t>((iptc.size() + 3) / 4);
+  const uint64_t place =
+      directory.addReference(0x83BB, FieldType::longInteger, words, uint64_t{words} * 4);
+  directory.memory().put(place, iptc);
+}
+
+void addXmp(DirectoryWriter& directory, const XmpRequest& request, const XmpChoice& choice) {
+  const auto size = static_cast<uint32_t>(choice.size);
+  const uint64_t place = directory.addReference(0x02BC, FieldType::byte, size, choice.size);
+  const std::span<uint8_t> out = directory.memory().at(place, choice.size);
+  if (!out.empty()) writeXmp(request, choice, out);
+}
+
+void addImageEntries(DirectoryWriter& directory, const ImageDescription& image,
+                     const Metadata& metadata) {
+  addShortOrLong(directory, 0x0100, image.width);
+  addShortOrLong(directory, 0x0101, image.height);
+  if (image.samples == 3) {
+    directory.addShorts(0x0102, std::array{image.bits, image.bits, image.bits});
+  } else {
+    directory.addShort(0x0102, image.bits);
+  }
+  directory.addShort(0x0103, 1);                           // no compression
+  directory.addShort(0x0106, image.samples == 3 ? 2 : 1);  // RGB, or black is zero
+  addText(directory, kTagMake, metadata.make, metadata.sizes.makeLength);
+  addText(directory, kTagModel, metadata.meta->model, metadata.sizes.modelLength);
+  directory.addLong(0x0111, kHeaderSize);  // the strip
+  directory.addShort(kTagOrientation, image.orientation);
+  directory.addShort(0x0115, image.samples);
+  addShortOrLong(directory, 0x0116, image.height);  // rows per strip
+  directory.addLong(0x0117, static_cast<uint32_t>(image.stripSize() & 0xFFFFFFFF));
+  // Hosts rely on this order, in which three tags do not ascend.
+  directory.addShort(0x011C, 1);  // samples of a pixel side by side
+  const std::array<uint32_t, 2> resolution = {image.resolution * 1000, 1000};
+  directory.addRationals(0x011A, resolution);
+  directory.addRationals(0x011B, resolution);
+  directory.addShort(0x0128, 2);  // per inch
+}
+
+void addOptionalEntries(DirectoryWriter& directory, const ImageDescription& image,
+                        const Metadata& metadata) {
+  if (image.isFloat) {
+    addText(directory, 0x0131, kSoftware, sizeof kSoftware);
+    directory.addShorts(0x0153, std::array<uint16_t, 3>{3, 3, 3});  // three for one sample, too
+  }
+  if (!metadata.icc.empty()) {
+    directory.addBytes(0x8773, FieldType::undefined, static_cast<uint32_t>(metadata.icc.size()),
+                       metadata.icc);
+  }
+  if (metadata.xmp.size > 0) addXmp(directory, metadata.xmpRequest, metadata.xmp);
+  if (!metadata.iptc.empty()) addIptc(directory, metadata.iptc);
+  addExifDirectories(directory, metadata.sizes, *metadata.meta, *metadata.gps);
+}
+
+// Without memory, entries and values are counted only.
+DirectoryWriter writeDirectory(const FileMemory& memory, uint64_t entryCount,
+                               const ImageDescription& image, const Metadata& metadata) {
+  DirectoryWriter directory(memory, kHeaderSize + image.stripSize(), entryCount);
+  addImageEntries(directory, image, metadata);
+  addOptionalEntries(directory, image, metadata);
+  return directory;
+}
+
+struct DirectoryPlan {
+  uint64_t offset = 0;
+  uint64_t entryCount = 0;
+  uint64_t size = 0;
+};
+
+// None where the file would pass the offsets' 32 bits.
+std::optional<DirectoryPlan> planDirectory(const ImageDescription& image,
+                                           const Metadata& metadata) {
+  const uint64_t offset = kHeaderSize + image.stripSize();
+  if (offset > kLargestFile) return std::nullopt;
+  const DirectoryWriter measured = writeDirectory({}, 0, image, metadata);
+  const uint64_t size = directorySize(measured.entryCount()) + measured.valueSize();
+  if (size > kLargestFile - offset) return std::nullopt;
+  return DirectoryPlan{offset, measured.entryCount(), size};
+}
+
+bool writeWhole(std::FILE* file, std::span<const uint8_t> bytes) {
+  return std::fwrite(bytes.data(), bytes.size(), 1, file) == 1;
+}
+
+int writeFile(File file, const PixelRows& rows, const DirectoryPlan& plan,
+              const ImageDescription& image, const Metadata& metadata) {
+  std::array<uint8_t, kHeaderSize> header{};
+  putTiffHeader({header, 0}, plan.offset);
+  if (!writeWhole(file.get(), header)) return kHeaderNotWritten;
+
+  const int lastBlockRows = writePixelBlocks(file.get(), rows);
+  if (lastBlockRows < 0) return lastBlockRows;
+
+  const ZeroedBuffer memory = allocateZeroed(plan.size);
+  if (memory == nullptr) return kNoDirectoryMemory;
+  const std::span<uint8_t> bytes(memory.get(), plan.size);
+  writeDirectory({bytes, plan.offset}, plan.entryCount, image, metadata);
+  if (!writeWhole(file.get(), bytes)) return kDirectoryNotWritten;
+  return std::fclose(file.release()) == 0 ? lastBlockRows : kDirectoryNotWritten;
+}
+
+}  // namespace
+
+}  // namespace lumenforge
+
+int buf2tif(const void* pixels, const TifImageInfo* info, int stride,
+            const unsigned char* iccProfile, const MetadataBuf* meta, const GpsBuf* gps,
+            int iptcLength, const unsigned char* iptc, int method, const float* settings,
+            int xmpLength, const unsigned char* xmp, const char* path) {
+  using namespace lumenforge;
+  if (!isSupported(*info)) return kUnsupportedDescription;
+  const ImageDescription image = describe(*info);
+
+  Metadata metadata;
+  metadata.meta = meta;
+  metadata.gps = gps;
+  metadata.sizes = measureExif(*meta, *gps, metadata.make);
+  metadata.icc = bytesOf(iccProfile, info->iccLength);
+  if (!isUsableProfile(metadata.icc)) metadata.icc = {};
+  metadata.iptc = bytesOf(iptc, iptcLength);
+  metadata.xmpRequest = {method, settings, meta, metadata.sizes.lensLength, xmpLength, xmp};
+  const std::optional<XmpChoice> choice = chooseXmp(metadata.xmpRequest);
+  if (!choice) return kNoMemory;
+  metadata.xmp = *choice;
+
+  const std::optional<DirectoryPlan> plan = planDirectory(image, metadata);
+  if (!plan) return kUnsupportedDescription;
+  File file = openUnbuffered(path, "wb");
+  if (file == nullptr) {
+    std::fprintf(stderr, "Could not open for writing file:  %s\n", path);
+    return kCannotCreate;
+  }
+  return writeFile(std::move(file), rowsOf(*info, image, pixels, stride), *plan, image, metadata);
+}
