@@ -7,43 +7,52 @@
 
 namespace lumenforge {
 
-// The pane that holds `size` bytes at `offset`, or kCount.
-std::size_t Window::findPane(uint64_t offset, std::size_t size) {
-  for (std::size_t i = 0; i < kCount; ++i) {
-    const std::size_t pane = (current_ + i) % kCount;
-    const uint64_t inside = offset - panes_[pane].offset;  // wraps to a large number when before
+// Makes the pane that holds `size` bytes at `offset` the current one, if there is one.
+bool Window::findPane(uint64_t offset, std::size_t size) {
+  for (std::size_t pane = 0; pane < kCount; ++pane) {
+    const uint64_t inside = offset - panes_[pane].offset;
     if (inside < panes_[pane].length && size <= panes_[pane].length - inside) {
-      return current_ = pane;
+      current_ = pane;
+      return true;
     }
   }
-  return kCount;
+  return false;
 }
 
-const uint8_t* Window::view(uint64_t offset, std::size_t size) {
+const uint8_t* Window::viewElsewhere(uint64_t offset, std::size_t size) {
   if (size > kReach || offset >= end_ || size > end_ - offset) return nullptr;
-  std::size_t pane = findPane(offset, size);
-  if (pane == kCount) {
-    pane = current_ = oldest_;
-    oldest_ = (oldest_ + 1) % kCount;
-    fill(pane, offset & ~uint64_t{kAlignment - 1});
+  if (!findPane(offset, size)) {
+    fill(offset, size);
     if (offset >= end_ || size > end_ - offset) return nullptr;
   }
-  return bytesOf(pane) + (offset - panes_[pane].offset);
+  return bytesOf(current_) + (offset - panes_[current_].offset);
 }
 
 std::size_t Window::read(uint64_t offset, std::span<uint8_t> out) {
+  if (out.size() <= kSmallRead) view(offset, out.size());  // for the values around it, too
   std::size_t done = 0;
-  if (const std::size_t pane = findPane(offset, 1); pane != kCount) {
-    const std::size_t inside = offset - panes_[pane].offset;
-    done = std::min(out.size(), panes_[pane].length - inside);
-    std::memcpy(out.data(), bytesOf(pane) + inside, done);
+  if (findPane(offset, 1)) {
+    const Pane& pane = panes_[current_];
+    const std::size_t inside = offset - pane.offset;
+    done = std::min(out.size(), pane.length - inside);
+    std::memcpy(out.data(), bytesOf(current_) + inside, done);
   }
-  return done + (done == out.size() ? 0 : readStream(offset + done, out.subspan(done)));
+  return done == out.size() ? done : done + readStream(offset + done, out.subspan(done));
 }
 
-void Window::fill(std::size_t pane, uint64_t offset) {
-  panes_[pane] = {offset, 0};  // nothing may be found here should the read fail
-  panes_[pane].length = readStream(offset, std::span(bytes_).subspan(pane * kSize, kSize));
+// From the start of a page (a page's tail is as likely wanted as its head). The first read of a
+// file often needs but a few bytes; and a file that scatters its values over more places than any
+// real one gets little at a time, so that the bytes read stay in proportion to the values.
+void Window::fill(uint64_t offset, std::size_t size) {
+  constexpr uint32_t kManyFills = 32;
+  constexpr std::size_t kLittle = 512;
+  std::size_t length = fills_ == 0 ? kPage : fills_ < kManyFills ? kSize : kLittle;
+  const uint64_t start = offset & ~uint64_t{std::min(length, kPage) - 1};
+  if (size > length - (offset - start)) length = kSize;
+  length = std::min<uint64_t>(length, end_ - start);  // no read beyond a known end
+  current_ = fills_++ % kCount;
+  panes_[current_] = {start, 0};  // nothing may be found here should the read fail
+  panes_[current_].length = readStream(start, std::span(bytes_).subspan(current_ * kSize, length));
 }
 
 std::size_t Window::readStream(uint64_t offset, std::span<uint8_t> out) {
@@ -83,14 +92,17 @@ std::optional<uint32_t> Cursor::read32() {
 }
 
 void readLine(Window& window, uint64_t offset, std::span<char> line) {
-  std::size_t length = 0;
-  while (length + 1 < line.size()) {
-    const uint8_t* byte = window.view(offset + length, 1);
-    if (byte == nullptr) break;
-    line[length++] = static_cast<char>(*byte);
-    if (*byte == '\n') break;
-  }
-  if (length > 0) line[length] = '\0';
+  std::array<uint8_t, kLongestLine> bytes;
+  const std::size_t wanted = std::min(line.size() - 1, bytes.size());
+  const std::size_t have = window.read(offset, std::span(bytes).first(wanted));
+  if (have == 0) return;
+  const void* lineFeed = std::memchr(bytes.data(), '\n', have);
+  const std::size_t length =
+      lineFeed == nullptr
+          ? have
+          : static_cast<std::size_t>(static_cast<const uint8_t*>(lineFeed) - bytes.data()) + 1;
+  std::memcpy(line.data(), bytes.data(), length);
+  line[length] = '\0';
 }
 
 }  // namespace lumenforge

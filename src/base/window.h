@@ -1,8 +1,8 @@
 // A stream seen through a few small windows: bounded reads at any offset, no seeks in sight.
 //
-// A file's metadata lies in a handful of places, so a handful of windows, filled only when a target
-// lies outside all of them, makes the fewest reads. The same windows serve the library's own files
-// and a host's stream.
+// A file's metadata lies in a handful of places, so three windows, filled only when a target lies
+// outside all, make few reads; and a system call costs more than the pages that it copies, so they
+// are some pages long. The same windows serve the library's own files and a host's stream.
 #pragma once
 
 #include <array>
@@ -20,21 +20,28 @@ namespace lumenforge {
 class Window {
  public:
   // How many bytes one view() may ask for.
-  static constexpr std::size_t kReach = 4096 - 64;
+  static constexpr std::size_t kReach = 12288;
 
   // `position`: where the stream stands now.
   Window(std::FILE* stream, uint64_t position) : stream_(stream), position_(position) {}
 
   // The `size` bytes at `offset`, valid until the next call; null where the file ends before them.
-  const uint8_t* view(uint64_t offset, std::size_t size);
+  const uint8_t* view(uint64_t offset, std::size_t size) {
+    const uint64_t inside =
+        offset - panes_[current_].offset;  // wraps to a large number when before
+    const std::size_t length = panes_[current_].length;
+    if (inside < length && size <= length - inside) return bytesOf(current_) + inside;
+    return viewElsewhere(offset, size);
+  }
 
-  // Copies bytes from `offset` on and returns how many there were. Large reads go straight from the
-  // stream to `out`.
+  // Copies bytes from `offset` on and returns how many there were. What a large read finds in no
+  // window goes straight from the stream to `out`.
   std::size_t read(uint64_t offset, std::span<uint8_t> out);
 
  private:
-  static constexpr std::size_t kSize = 4096;
-  static constexpr std::size_t kAlignment = 64;
+  static constexpr std::size_t kPage = 4096;
+  static constexpr std::size_t kSmallRead = 1024;
+  static constexpr std::size_t kSize = kPage + kReach;
   static constexpr std::size_t kCount = 3;
 
   struct Pane {
@@ -43,18 +50,19 @@ class Window {
   };
 
   const uint8_t* bytesOf(std::size_t pane) const { return bytes_.data() + pane * kSize; }
-  std::size_t findPane(uint64_t offset, std::size_t size);
-  void fill(std::size_t pane, uint64_t offset);
+  const uint8_t* viewElsewhere(uint64_t offset, std::size_t size);
+  bool findPane(uint64_t offset, std::size_t size);
+  void fill(uint64_t offset, std::size_t size);
   std::size_t readStream(uint64_t offset, std::span<uint8_t> out);
 
   std::FILE* stream_;
   uint64_t position_;
   uint64_t end_ = std::numeric_limits<uint64_t>::max();  // the file's end, once a read has met it
   std::size_t current_ = 0;
-  std::size_t oldest_ = 0;
+  uint32_t fills_ = 0;
   std::array<Pane, kCount> panes_;
   // Page-aligned: a copy into memory a few bytes past a page start is several times slower.
-  alignas(kSize) std::array<uint8_t, kCount * kSize> bytes_;
+  alignas(kPage) std::array<uint8_t, kCount * kSize> bytes_;
 };
 
 // Numbers read one after the other from a window.
@@ -79,8 +87,10 @@ class Cursor {
   ByteOrder order_;
 };
 
-// One line as C's fgets reads it: at most line.size() - 1 bytes, up to and including a line feed or
-// up to the end of the file, then a NUL. A line of no bytes leaves `line` as it was.
+// One line as C's fgets reads it: at most line.size() - 1 bytes (and kLongestLine), up to and
+// including a line feed or up to the end of the file, then a NUL. A line of no bytes leaves `line`
+// as it was.
+inline constexpr std::size_t kLongestLine = 63;
 void readLine(Window& window, uint64_t offset, std::span<char> line);
 
 }  // namespace lumenforge

@@ -26,12 +26,7 @@ std::optional<DirectoryEntry> DirectoryReader::next() {
 
 bool DirectoryReader::loadChunk() {
   const std::size_t wanted = std::min<std::size_t>(*count_ - done_, kChunk) * kEntrySize;
-  std::size_t have = wanted;
-  if (const uint8_t* bytes = window_->view(offset(), wanted); bytes != nullptr) {
-    std::copy_n(bytes, wanted, chunk_.begin());
-  } else {  // the file ends inside the directory
-    have = window_->read(offset(), std::span(chunk_).first(wanted));
-  }
+  const std::size_t have = window_->read(offset(), std::span(chunk_).first(wanted));
   chunkBegin_ = 0;
   chunkEnd_ = have - have % kEntrySize;
   return chunkEnd_ > 0;

@@ -25,14 +25,12 @@ constexpr int32_t kDateStampLength = 10;  // YYYY:MM:DD
 // Whole fractions only, from the front, as many as the file holds of `count`.
 void readFractions(Walk& walk, const TiffFrame& frame, uint64_t offset, int32_t count,
                    std::span<uint32_t> words) {
-  Cursor cursor(walk.window, offset, frame.order);
   const std::size_t wanted = count <= 0 ? 0 : std::min<std::size_t>(words.size(), 2U * count);
   for (std::size_t i = 0; i < wanted; i += 2) {
-    const auto numerator = cursor.read32();
-    const auto denominator = cursor.read32();
-    if (!numerator || !denominator) return;
-    words[i] = *numerator;
-    words[i + 1] = *denominator;
+    const uint8_t* fraction = walk.window.view(offset + 4 * i, 8);
+    if (fraction == nullptr) return;
+    words[i] = load32(fraction, frame.order);
+    words[i + 1] = load32(fraction + 4, frame.order);
   }
 }
 
