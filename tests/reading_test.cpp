@@ -136,12 +136,13 @@ TEST(ExifDirectory, FillsFieldsByTagAndFallsBackInEntryOrder) {
          return std::vector{Tiff::text(0x9003, "2021\n:06:05 14:03:59 and more")};
        },
        [](ExifInfo& i) { std::strcpy(i.dateTimeOriginal, "2021\n"); }},
-      {"values beyond the end of the file",
+      {"values beyond the end of the file leave what stood there",
        [](const Tiff& t) {
-         return std::vector{Entry{0x829A, 5, 1, u32(0xFFFFFFF0, t.order)},
+         return std::vector{Tiff::text(0x9003, "2021:06"),
+                            Entry{0x829A, 5, 1, u32(0xFFFFFFF0, t.order)},
                             Entry{0x9003, 2, 20, u32(4000, t.order)}};
        },
-       [](ExifInfo&) {}},
+       [](ExifInfo& i) { std::strcpy(i.dateTimeOriginal, "2021:06"); }},
   };
   for (const ByteOrder order : kOrders) {
     for (const Case& c : cases) {
@@ -154,6 +155,27 @@ TEST(ExifDirectory, FillsFieldsByTagAndFallsBackInEntryOrder) {
       EXPECT_EQ(parse_exif_data(f.get(), 0, markOf(order), 4, &info), 1);
       EXPECT_EQ(bytesOf(info), bytesOf(expected(c.fill)));
     }
+  }
+}
+
+// Directories across page ends, and values in more places than a real file has.
+TEST(ExifDirectory, IsReadWhereverItsPartsLie) {
+  const Tiff t{ByteOrder::big};
+  for (std::size_t at = 4096 - 40; at < 4096 + 2; ++at) {
+    std::vector<Entry> entries;
+    std::string bytes(1'000'000, '\0');
+    for (std::size_t i = 0; i < 48; ++i) {
+      const std::size_t valueAt = 20'000 * (i + 1) + 504 + i % 8;  // some across a multiple of 512
+      bytes.replace(valueAt, 8, u32(i + 1) + u32(2));
+      entries.push_back({i % 2 ? uint16_t{0x829A} : uint16_t{0x829D}, 5, 1, u32(valueAt)});
+    }
+    const std::string directory = t.directory(at, entries);
+    bytes.replace(at, directory.size(), directory);
+    MemoryStream f(bytes, static_cast<long>(at));
+    ExifInfo info = emptyInfo();
+    parse_exif_data(f.get(), 0, 0x4D4D, 0, &info);
+    EXPECT_EQ(info.exposureTime, 24.0F) << at;
+    EXPECT_EQ(info.fNumber, 23.5F) << at;
   }
 }
 
@@ -621,6 +643,7 @@ TEST(ProfileName, ComesFromTheDescriptionWithinTheProfile) {
         Case{start + "\x04" + "sRG", -1, name32("")},
         Case{start + "\x04" + "sRGBx", 4, name32("sRGB")},
         Case{"desc" + std::string(60, '\0'), -1, name32("")},
+        Case{"  " + start + "\x04" + "sRGB", -1, name32("")},
         Case{start.substr(1) + "\x05" + "sRGB and much more", -1, name32("")},
         Case{std::string(60, 'd'), -1, name32("")}}) {
     const std::vector<unsigned char> profile(c.profile.begin(), c.profile.end());
