@@ -46,7 +46,7 @@ std::size_t Window::read(uint64_t offset, std::span<uint8_t> out) {
 void Window::fill(uint64_t offset, std::size_t size) {
   constexpr uint32_t kManyFills = 32;
   constexpr std::size_t kLittle = 512;
-  std::size_t length = fills_ == 0 ? kPage : fills_ < kManyFills ? kSize : kLittle;
+  std::size_t length = fills_ == 0 ? firstRead_ : fills_ < kManyFills ? kSize : kLittle;
   const uint64_t start = offset & ~uint64_t{std::min(length, kPage) - 1};
   if (size > length - (offset - start)) length = kSize;
   length = std::min<uint64_t>(length, end_ - start);  // no read beyond a known end

@@ -19,11 +19,15 @@ namespace lumenforge {
 
 class Window {
  public:
+  static constexpr std::size_t kPage = 4096;
   // How many bytes one view() may ask for.
   static constexpr std::size_t kReach = 12288;
+  static constexpr std::size_t kSize = kPage + kReach;
 
-  // `position`: where the stream stands now.
-  Window(std::FILE* stream, uint64_t position) : stream_(stream), position_(position) {}
+  // `position`: where the stream stands now. `firstRead`: kPage for a file that begins with a short
+  // header, kSize for one whose metadata follow at once.
+  Window(std::FILE* stream, uint64_t position, std::size_t firstRead = kPage)
+      : stream_(stream), position_(position), firstRead_(firstRead) {}
 
   // The `size` bytes at `offset`, valid until the next call; null where the file ends before them.
   const uint8_t* view(uint64_t offset, std::size_t size) {
@@ -39,9 +43,7 @@ class Window {
   std::size_t read(uint64_t offset, std::span<uint8_t> out);
 
  private:
-  static constexpr std::size_t kPage = 4096;
   static constexpr std::size_t kSmallRead = 1024;
-  static constexpr std::size_t kSize = kPage + kReach;
   static constexpr std::size_t kCount = 3;
 
   struct Pane {
@@ -57,6 +59,7 @@ class Window {
 
   std::FILE* stream_;
   uint64_t position_;
+  std::size_t firstRead_;
   uint64_t end_ = std::numeric_limits<uint64_t>::max();  // the file's end, once a read has met it
   std::size_t current_ = 0;
   uint32_t fills_ = 0;

@@ -15,7 +15,7 @@ int getExifData(const char* path, int fileType, ExifInfo* info) {
   init_exifInfo(info);
   const File file = openUnbuffered(path, "rb");
   if (file == nullptr) return kCannotRead;
-  Window window(file.get(), 0);
+  Window window(file.get(), 0, fileType == kJpegFile ? Window::kSize : Window::kPage);
   Walk walk{window, *info, fileType};
   switch (fileType) {
     case kJpegFile:
