@@ -67,10 +67,10 @@ struct Lanes {
   const __m256i bases = _mm256_set1_epi8(static_cast<char>(base));
   Lanes lanes = {_mm256_set1_epi32(-1), zero, zero};
   for (size_t x = 0; x < count; x += kBlockPixels) {
-    const __m256i red = load(pixels.red + x);
-    const __m256i green = load(pixels.green + x);
-    const __m256i blue = load(pixels.blue + x);
-    const __m256i shifts = _mm256_sub_epi8(load(pixels.exponent + x), bases);
+    const __m256i red = load(pixels.red() + x);
+    const __m256i green = load(pixels.green() + x);
+    const __m256i blue = load(pixels.blue() + x);
+    const __m256i shifts = _mm256_sub_epi8(load(pixels.exponent() + x), bases);
     addPixels(weigh(_mm256_unpacklo_epi8(red, blue), _mm256_unpacklo_epi8(green, zero)),
               _mm256_unpacklo_epi8(shifts, zero), lanes);
     addPixels(weigh(_mm256_unpackhi_epi8(red, blue), _mm256_unpackhi_epi8(green, zero)),

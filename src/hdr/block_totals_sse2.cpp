@@ -80,10 +80,10 @@ BlockTotals blockTotalsSse2(const PixelPlanes& pixels, size_t count, int base) {
   const __m128i belowBase = _mm_set1_epi8(static_cast<char>(base - 1));
   Lanes lanes = {_mm_set1_ps(kInfinity), _mm_setzero_ps(), zero};
   for (size_t x = 0; x < count; x += 16) {
-    const __m128i red = load(pixels.red + x);
-    const __m128i green = load(pixels.green + x);
-    const __m128i blue = load(pixels.blue + x);
-    const __m128i scales = _mm_subs_epu8(load(pixels.exponent + x), belowBase);
+    const __m128i red = load(pixels.red() + x);
+    const __m128i green = load(pixels.green() + x);
+    const __m128i blue = load(pixels.blue() + x);
+    const __m128i scales = _mm_subs_epu8(load(pixels.exponent() + x), belowBase);
     addPixels(weigh(_mm_unpacklo_epi8(red, zero), _mm_unpacklo_epi8(green, zero),
                     _mm_unpacklo_epi8(blue, zero)),
               _mm_unpacklo_epi8(scales, zero), lanes);

@@ -16,14 +16,18 @@ inline constexpr int kBlueWeight = 54;
 inline constexpr int kWeightBits = 8;
 static_assert(kRedWeight + kGreenWeight + kBlueWeight == 1 << kWeightBits);
 
-// Part of a row: pixel x has its mantissas and its exponent at index x of four planes.
+// Pixels of a row, from any of them on: the four planes lie `width` bytes apart, as wide as a row.
 struct PixelPlanes {
-  const uint8_t* red;
-  const uint8_t* green;
-  const uint8_t* blue;
-  const uint8_t* exponent;
+  const uint8_t* first;
+  size_t width;
 
-  PixelPlanes from(size_t x) const { return {red + x, green + x, blue + x, exponent + x}; }
+  const uint8_t* red() const { return first; }
+  const uint8_t* green() const { return first + width; }
+  const uint8_t* blue() const { return first + 2 * width; }
+  const uint8_t* exponent() const { return first + 3 * width; }
+
+  PixelPlanes from(size_t x) const { return {first + x, width}; }
+  PixelPlanes below(size_t rows) const { return {first + 4 * width * rows, width}; }
 };
 
 struct Brightness {
@@ -38,8 +42,10 @@ struct Brightness {
 // powers[e] = 2^(e - 128), for 256 exponents.
 void fillPowers(float* powers);
 
-// The definition: pixel by pixel, in order. Every other way to measure gives the same bits.
-void addInOrder(const PixelPlanes& pixels, size_t count, const float* powers, Brightness& result);
+// The definition: `count` pixels of each of `rows` rows, one by one. Every other way to measure
+// gives the same bits.
+void addInOrder(const PixelPlanes& pixels, size_t count, size_t rows, const float* powers,
+                Brightness& result);
 
 // ---- Blocks of pixels as integers
 

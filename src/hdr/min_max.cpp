@@ -17,10 +17,10 @@
 namespace lumenforge {
 namespace {
 
-// With fewer the vector code is no faster.
-constexpr size_t kFewestBlockPixels = 2 * kBlockPixels;
+// With fewer the vector code gains little, and loses where exponents are wild.
+constexpr size_t kFewestBlockPixels = 3 * kBlockPixels;
 
-// The sums below this many times a power of two can have that power as their lowest bit.
+// Below this many times a power of two, each multiple of that power is a double.
 constexpr double kExactMultiples = 0x1p53;
 
 // The value of the lowest bit set; 0 and infinity are their own.
@@ -31,16 +31,29 @@ double lowestBit(double value) {
   return value - std::bit_cast<double>(bits & (bits - 1));
 }
 
+int baseOf(const ExponentRange& range) {
+  return std::min(range.lowest, kMaxBase);
+}
+
+// Whether exponents of this range may be worth measuring as integers: once the sum has outgrown
+// their unit, it stays so.
+bool mayFit(const ExponentRange& range, const float* powers, double sum) {
+  const int base = baseOf(range);
+  return range.highest - base <= kMaxShift &&
+         sum < kExactMultiples * static_cast<double>(powers[base]);
+}
+
 // Adds blocks of pixels as integers. False, and nothing added, where that might round.
 bool addBlocks(const PixelPlanes& pixels, size_t count, const float* powers,
                BlockTotalsFunction blockTotals, Brightness& result) {
-  const ExponentRange range = exponentRange(pixels.exponent, count);
+  // A look at the first block spares the rest where exponents are wild.
+  if (!mayFit(exponentRange(pixels.exponent(), kBlockPixels), powers, result.sum)) return false;
+  const ExponentRange range = exponentRange(pixels.exponent(), count);
   if (range.zeros == count) return true;
-  const int base = std::min(range.lowest, kMaxBase);
-  const auto unit = static_cast<double>(powers[base]);
-  // The sum's size is looked at before, too: once it has outgrown the unit it stays so.
-  if (range.highest - base > kMaxShift || !(result.sum < kExactMultiples * unit)) return false;
+  if (!mayFit(range, powers, result.sum)) return false;
 
+  const int base = baseOf(range);
+  const auto unit = static_cast<double>(powers[base]);
   const BlockTotals totals = blockTotals(pixels, count, base);
   const double sum = result.sum + static_cast<double>(totals.sum) * unit;
   const double grain = result.sum > 0 ? std::min(unit, lowestBit(result.sum)) : unit;
@@ -61,7 +74,7 @@ void addStretch(const PixelPlanes& pixels, size_t count, const float* powers,
                 BlockTotalsFunction blockTotals, Brightness& result) {
   size_t done = count - count % kBlockPixels;
   if (done < kFewestBlockPixels || !addBlocks(pixels, done, powers, blockTotals, result)) done = 0;
-  addInOrder(pixels.from(done), count - done, powers, result);
+  if (done < count) addInOrder(pixels.from(done), count - done, 1, powers, result);
 }
 
 }  // namespace
@@ -73,14 +86,17 @@ BlockTotalsFunction chooseBlockTotals() {
 Brightness measureImage(int width, int height, const uint8_t* data, const float* powers,
                         BlockTotalsFunction blockTotals) {
   Brightness result;
-  if (width <= 0) return result;
-  const auto rowPixels = static_cast<size_t>(width);
-  for (int y = 0; y < height; ++y) {
-    const uint8_t* row = data + static_cast<size_t>(y) * 4 * rowPixels;
-    const PixelPlanes planes = {row, row + rowPixels, row + 2 * rowPixels, row + 3 * rowPixels};
-    for (size_t x = 0; x < rowPixels; x += kStretchPixels) {
-      addStretch(planes.from(x), std::min(kStretchPixels, rowPixels - x), powers, blockTotals,
-                 result);
+  if (width <= 0 || height <= 0) return result;
+  const PixelPlanes pixels = {data, static_cast<size_t>(width)};
+  const auto rows = static_cast<size_t>(height);
+  if (pixels.width < kFewestBlockPixels) {
+    addInOrder(pixels, pixels.width, rows, powers, result);
+    return result;
+  }
+  for (size_t y = 0; y < rows; ++y) {
+    const PixelPlanes row = pixels.below(y);
+    for (size_t x = 0; x < row.width; x += kStretchPixels) {
+      addStretch(row.from(x), std::min(kStretchPixels, row.width - x), powers, blockTotals, result);
     }
   }
   return result;
