@@ -93,31 +93,29 @@ Magnitude parseHexadecimal(const char* begin, const char* end) {
   return {exactValue(begin, p, std::chars_format::hex), p};
 }
 
-// Digits whose value and whose power of ten are both exact as floats need one division, rounded
+// A number whose digits and whose power of ten are both exact as floats needs one division, rounded
 // once; every other number goes to the general conversion.
 Magnitude parseDecimal(const char* begin, const char* end) {
-  constexpr uint32_t kExactInteger = 1U << 24;
+  constexpr uint64_t kExactInteger = 1U << 24;
   constexpr std::array<float, 11> kPowersOfTen{1e0F, 1e1F, 1e2F, 1e3F, 1e4F, 1e5F,
                                                1e6F, 1e7F, 1e8F, 1e9F, 1e10F};
-  uint32_t digits = 0;
-  const auto takeDigits = [&digits, end](const char* p) {
-    for (; p != end && isDigit(*p); ++p) {
-      digits = digits < kExactInteger ? digits * 10 + static_cast<uint32_t>(*p - '0') : digits;
-    }
-    return p;
-  };
+  constexpr std::size_t kMostDigits = 19;  // more may overflow
 
-  const char* p = takeDigits(begin);
-  std::size_t count = static_cast<std::size_t>(p - begin);
+  uint64_t digits = 0;
+  const char* p = begin;
+  for (; p != end && isDigit(*p); ++p) digits = digits * 10 + static_cast<uint64_t>(*p - '0');
+  auto count = static_cast<std::size_t>(p - begin);
   std::size_t decimals = 0;
   if (p != end && *p == '.') {
-    const char* point = p++;
-    p = takeDigits(p);
-    decimals = static_cast<std::size_t>(p - point) - 1;
+    const char* fraction = ++p;
+    for (; p != end && isDigit(*p); ++p) digits = digits * 10 + static_cast<uint64_t>(*p - '0');
+    decimals = static_cast<std::size_t>(p - fraction);
     count += decimals;
   }
   if (count == 0) return {};
-  if (digits < kExactInteger && decimals < kPowersOfTen.size() && (p == end || lower(*p) != 'e')) {
+  const bool hasExponent = p != end && lower(*p) == 'e';
+  if (!hasExponent && count <= kMostDigits && digits < kExactInteger &&
+      decimals < kPowersOfTen.size()) {
     return {static_cast<float>(digits) / kPowersOfTen[decimals], p};
   }
   p = skipExponent(p, end, 'e');
@@ -142,16 +140,16 @@ Magnitude parseMagnitude(const char* p, const char* end) {
 
 }  // namespace
 
-std::optional<ParsedFloat> parseFloat(std::string_view text) {
+ParsedFloat parseFloat(std::string_view text) {
   const char* p = text.data();
   const char* const end = p + text.size();
   while (p != end && isSpace(*p)) ++p;
   const bool negative = p != end && *p == '-';
   if (p != end && (*p == '-' || *p == '+')) ++p;
   const Magnitude magnitude = parseMagnitude(p, end);
-  if (magnitude.end == nullptr) return std::nullopt;
-  return ParsedFloat{negative ? -magnitude.value : magnitude.value,
-                     static_cast<std::size_t>(magnitude.end - text.data())};
+  if (magnitude.end == nullptr) return {0, 0};
+  return {negative ? -magnitude.value : magnitude.value,
+          static_cast<std::size_t>(magnitude.end - text.data())};
 }
 
 std::size_t formatFixed(float value, int decimals, std::span<char, kFixedTextSize> out) {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <span>
 #include <string_view>
 
@@ -11,7 +10,7 @@ namespace lumenforge {
 
 struct ParsedFloat {
   float value;
-  std::size_t length;  // bytes consumed, with the white space before the number
+  std::size_t length;  // bytes consumed, with the white space before the number; 0: no number
 };
 
 // A float at the start of `text` as scanf's "%f" reads it: white space before it, a sign, decimal
@@ -19,7 +18,7 @@ struct ParsedFloat {
 // the nearest float; too large is infinity, too small is zero. As glibc's scanf, an exponent
 // without digits ("1e", "0x1p+") is consumed and ignored, "nan" takes no parenthesis, and "infi"
 // without the rest is no number.
-std::optional<ParsedFloat> parseFloat(std::string_view text);
+ParsedFloat parseFloat(std::string_view text);
 
 // The longest text of a float: a sign, 39 digits, a full stop and six digits.
 inline constexpr std::size_t kFixedTextSize = 47;

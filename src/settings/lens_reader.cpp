@@ -19,13 +19,14 @@ constexpr std::size_t kLongestLens = 63;
 
 // aux:Lens followed by "=" or ">"; other names of the schema begin with the same letters.
 std::size_t findLens(std::string_view text, std::size_t from) {
-  std::size_t at = from;
-  while ((at = find(text, at, kLens)) != kNowhere) {
+  Occurrences names(text, from, kLens);
+  std::size_t at = names.next();
+  while (at != kNowhere) {
     const std::string_view rest = textFrom(text, at + kLens.text.size());
-    if (rest.starts_with('=') || rest.starts_with('>')) return at;
-    ++at;
+    if (rest.starts_with('=') || rest.starts_with('>')) break;
+    at = names.next();
   }
-  return kNowhere;
+  return at;
 }
 
 // Copies the text from `begin` to `closing`, unless it is longer than a lens may be.

@@ -28,15 +28,18 @@ constexpr std::size_t kTagSearchStart = 65;
 
 constexpr std::size_t kShortestTail = 3;
 
+// The tag with one kind of quotes; its first quote has been matched.
+bool closesWithSameQuote(std::string_view tag) {
+  return tag.size() >= kRdfTagSize && tag[kRdfTagSize - 2] == tag[kRdfOpening.text.size()] &&
+         tag[kRdfTagSize - 1] == '>';
+}
+
 std::size_t findRdfTag(std::string_view packet) {
-  std::size_t at = kTagSearchStart;
-  while ((at = findQuoted(packet, at, kRdfOpening, kRdfNamespace)) != kNowhere) {
-    const char quote = packet[at + kRdfOpening.text.size()];
-    const char closing[] = {quote, '>'};
-    if (textFrom(packet, at + kRdfTagSize - 2).starts_with(std::string_view(closing, 2))) return at;
-    ++at;
+  std::size_t at = findQuoted(packet, kTagSearchStart, kRdfOpening, kRdfNamespace);
+  while (at != kNowhere && !closesWithSameQuote(packet.substr(at))) {
+    at = findQuoted(packet, at + 1, kRdfOpening, kRdfNamespace);
   }
-  return kNowhere;
+  return at;
 }
 
 // Behind the tag, or behind the first or second of the line feeds that follow the byte after it.

@@ -4,6 +4,8 @@
 #include <bit>
 #include <cmath>
 
+#include "settings/text_search.h"
+
 namespace lumenforge {
 
 namespace {
@@ -226,7 +228,8 @@ std::string_view textOf(Name name) {
 Name nameOf(std::string_view text) {
   if (text.empty()) return Name::none;
   const Name name = kNamesByHash[placeOf(text)];
-  return name != Name::none && textOf(name) == text ? name : Name::none;
+  if (name == Name::none || textOf(name).size() != text.size()) return Name::none;
+  return sameBytes(textOf(name).data(), text.data(), text.size()) ? name : Name::none;
 }
 
 const Method* methodOf(int number) {

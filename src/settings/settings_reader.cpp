@@ -32,16 +32,19 @@ Places findValues(std::string_view text, std::size_t from, Form form) {
   Places places{};
   const std::string_view modeName = textOf(Name::smoothingMode);
   const char terminator = form == kAttributeForm ? '=' : '>';
-  std::size_t at = from;
-  while ((at = find(text, at, kPrefixNeedle)) != kNowhere) {
-    at += kPrefix.size();
-    const std::string_view rest = text.substr(at);
-    const std::size_t length = rest.substr(0, kLongestName + 1).find(terminator);
+  Occurrences prefixes(text, from, kPrefixNeedle);
+  for (std::size_t at = prefixes.next(); at != kNowhere; at = prefixes.next()) {
+    const std::size_t nameBegin = at + kPrefix.size();
+    const std::string_view rest = text.substr(nameBegin);
+    std::size_t length = rest.substr(0, kLongestName + 1).find(terminator);
     Name name = length != kNowhere ? nameOf(rest.substr(0, length)) : Name::none;
-    if (name == Name::none && rest.starts_with(modeName)) name = Name::smoothingMode;
+    if (name == Name::none && rest.starts_with(modeName)) {
+      name = Name::smoothingMode;
+      length = modeName.size();
+    }
     if (name == Name::none) continue;
     uint32_t& place = places[static_cast<std::size_t>(name)];
-    if (place == 0) place = static_cast<uint32_t>(at + textOf(name).size() + form);
+    if (place == 0) place = static_cast<uint32_t>(nameBegin + length + form);
   }
   return places;
 }

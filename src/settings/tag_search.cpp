@@ -14,16 +14,14 @@ enum ValueKind : int { kNumber = 0, kYesNo = 1, kList = 20 };
 
 constexpr int kAttributeForm = 2;
 
-// The first place of `tag` and `terminator` that ends before the text's last byte.
+// The first place where `tag` stands before `terminator`. Any text may be a tag, also an empty one,
+// so it is the terminators that are looked for.
 std::size_t findTag(std::string_view text, std::string_view tag, char terminator) {
-  text.remove_suffix(1);
-  const Needle needle{tag, tag.size() > 2 ? std::size_t{1} : 0};
-  std::size_t at = 0;
-  while ((at = find(text, at, needle)) != kNowhere) {
-    if (textFrom(text, at + tag.size()).starts_with(terminator)) return at;
-    ++at;
+  std::size_t end = text.find(terminator, tag.size());
+  while (end != kNowhere && text.substr(end - tag.size(), tag.size()) != tag) {
+    end = text.find(terminator, end + 1);
   }
-  return kNowhere;
+  return end != kNowhere ? end - tag.size() : kNowhere;
 }
 
 void readValue(ValueKind kind, std::string_view text, std::size_t offset, float* slots) {
@@ -52,7 +50,9 @@ int searchForTag(int slot, const char* tag, int kind, const unsigned char* buffe
   const int notFound = static_cast<int>(length - patternLength);
   if (kind != kNumber && kind != kYesNo && kind != kList) return notFound;
   const std::string_view text = textOf(buffer, static_cast<std::size_t>(length));
-  const std::size_t match = findTag(text, name, form == kAttributeForm ? '=' : '>');
+  // A match must end before the last byte.
+  const char terminator = form == kAttributeForm ? '=' : '>';
+  const std::size_t match = findTag(text.substr(0, text.size() - 1), name, terminator);
   if (match == kNowhere) return notFound;
 
   // A form may place the value anywhere; what lies outside the text is an empty value.

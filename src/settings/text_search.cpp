@@ -2,6 +2,7 @@
 
 #include <emmintrin.h>
 
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -9,79 +10,77 @@ namespace lumenforge {
 
 namespace {
 
-// One bit for each of the sixteen places from `p` on where `first` and `second` stand side by side;
-// reads 17 bytes.
-class PairFinder {
+// The places of two neighbouring bytes among 16 or 64 places; reads one byte more.
+class PairPlaces {
  public:
-  explicit PairFinder(const char* pair)
-      : pair_{pair[0], pair[1]}, first_(_mm_set1_epi8(pair[0])), second_(_mm_set1_epi8(pair[1])) {}
+  static constexpr std::size_t kBlock = 64;
 
-  // The first place of the pair in the bytes from `p` to `end`, or `end`.
-  const char* find(const char* p, const char* end) const {
-    for (; end - p > 64; p += 64) {
-      const __m128i places[] = {matches(p), matches(p + 16), matches(p + 32), matches(p + 48)};
-      const __m128i any =
-          _mm_or_si128(_mm_or_si128(places[0], places[1]), _mm_or_si128(places[2], places[3]));
-      if (bits(any) == 0) continue;
-      const uint64_t all = uint64_t{bits(places[0])} | uint64_t{bits(places[1])} << 16 |
-                           uint64_t{bits(places[2])} << 32 | uint64_t{bits(places[3])} << 48;
-      return p + std::countr_zero(all);
-    }
-    for (; end - p > 16; p += 16) {
-      if (const uint32_t found = bits(matches(p)); found != 0) return p + std::countr_zero(found);
-    }
-    for (; end - p > 1; ++p) {
-      if (p[0] == pair_[0] && p[1] == pair_[1]) return p;
-    }
-    return end;
+  explicit PairPlaces(const char* pair)
+      : first_(_mm_set1_epi8(pair[0])), second_(_mm_set1_epi8(pair[1])) {}
+
+  bool anyInTwoBlocks(const char* p) const {
+    return bits(_mm_or_si128(any(p), any(p + kBlock))) != 0;
+  }
+
+  uint64_t inBlock(const char* p) const {
+    return bits(at(p)) | bits(at(p + 16)) << 16 | bits(at(p + 32)) << 32 | bits(at(p + 48)) << 48;
   }
 
  private:
   static __m128i load(const char* p) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
   }
-  static uint32_t bits(__m128i matches) {
-    return static_cast<uint32_t>(_mm_movemask_epi8(matches));
-  }
-  __m128i matches(const char* p) const {
+  static uint64_t bits(__m128i places) { return static_cast<uint32_t>(_mm_movemask_epi8(places)); }
+  __m128i at(const char* p) const {
     return _mm_and_si128(_mm_cmpeq_epi8(load(p), first_), _mm_cmpeq_epi8(load(p + 1), second_));
   }
+  __m128i any(const char* p) const {
+    return _mm_or_si128(_mm_or_si128(at(p), at(p + 16)), _mm_or_si128(at(p + 32), at(p + 48)));
+  }
 
-  char pair_[2];
   __m128i first_;
   __m128i second_;
 };
 
 }  // namespace
 
-std::size_t find(std::string_view text, std::size_t from, const Needle& needle) {
-  const std::size_t size = needle.text.size();
-  if (size < 2) return text.find(needle.text, from);
-  if (from > text.size() || size > text.size() - from) return kNowhere;
+Occurrences::Occurrences(std::string_view text, std::size_t from, const Needle& needle)
+    : text_(text), needle_(needle), unseen_(from + needle.anchor) {}
 
-  const PairFinder pair(needle.text.data() + needle.anchor);
-  const char* const end = text.data() + text.size() - (size - needle.anchor - 2);
-  const char* p = text.data() + from + needle.anchor;
-  while ((p = pair.find(p, end)) != end) {
-    const char* start = p - needle.anchor;
-    if (std::memcmp(start, needle.text.data(), size) == 0) {
-      return static_cast<std::size_t>(start - text.data());
+// Moves on to the next block with candidates. The last places of the text are looked at in a copy
+// with zeros behind it, which no needle holds.
+bool Occurrences::findBlock() {
+  constexpr std::size_t kBlock = PairPlaces::kBlock;
+  const PairPlaces places(needle_.text.data() + needle_.anchor);
+  while (unseen_ < text_.size()) {
+    const char* const p = text_.data() + unseen_;
+    const std::size_t left = text_.size() - unseen_;
+    if (left > kBlock) {
+      candidates_ = places.inBlock(p);
+    } else {
+      std::array<char, kBlock + 1> last{};
+      std::memcpy(last.data(), p, left);
+      candidates_ = places.inBlock(last.data());
     }
-    ++p;
+    block_ = unseen_;
+    unseen_ += kBlock;
+    if (candidates_ != 0) return true;
+    while (unseen_ + 2 * kBlock < text_.size() && !places.anyInTwoBlocks(text_.data() + unseen_)) {
+      unseen_ += 2 * kBlock;
+    }
   }
-  return kNowhere;
+  return false;
 }
 
 std::size_t findQuoted(std::string_view text, std::size_t from, const Needle& needle,
                        std::string_view rest) {
-  std::size_t at = from;
-  while ((at = find(text, at, needle)) != kNowhere) {
+  Occurrences occurrences(text, from, needle);
+  for (std::size_t at = occurrences.next(); at != kNowhere; at = occurrences.next()) {
     const std::string_view quoted = textFrom(text, at + needle.text.size());
     if ((quoted.starts_with('\'') || quoted.starts_with('"')) &&
         quoted.substr(1).starts_with(rest)) {
       return at;
     }
-    ++at;
   }
   return kNowhere;
 }

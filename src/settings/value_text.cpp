@@ -10,9 +10,9 @@
 namespace lumenforge {
 
 void readNumber(std::string_view text, std::size_t offset, float& slot) {
-  auto number = parseFloat(textFrom(text, offset));
-  if (!number) number = parseFloat(textFrom(text, offset + 1));
-  if (number) slot = number->value;
+  ParsedFloat number = parseFloat(textFrom(text, offset));
+  if (number.length == 0) number = parseFloat(textFrom(text, offset + 1));
+  if (number.length > 0) slot = number.value;
 }
 
 void readYesNo(std::string_view text, std::size_t offset, float& slot) {
@@ -39,10 +39,10 @@ void readList(std::string_view text, std::size_t offset, float* slots) {
       if (!rest.starts_with(',')) return;
       rest.remove_prefix(1);
     }
-    const auto number = parseFloat(rest);
-    if (!number) return;
-    value = number->value;
-    rest.remove_prefix(number->length);
+    const ParsedFloat number = parseFloat(rest);
+    if (number.length == 0) return;
+    value = number.value;
+    rest.remove_prefix(number.length);
   }
   std::copy(values.begin(), values.end(), slots);
 }
