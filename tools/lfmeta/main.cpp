@@ -14,6 +14,11 @@ int run(int argc, char** argv) {
   app.get_formatter()->column_width(34);
 
   int exitStatus = kSuccess;
+  addSettingsCommand(app, exitStatus);
+  addTiffCommand(app, exitStatus);
+  addIccCommand(app, exitStatus);
+  addExifCommand(app, exitStatus);
+  addHdrCommand(app, exitStatus);
 
   try {
     app.parse(argc, argv);
