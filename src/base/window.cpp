@@ -48,7 +48,9 @@ void Window::fill(uint64_t offset, std::size_t size) {
   constexpr std::size_t kLittle = 512;
   std::size_t length = fills_ == 0 ? firstRead_ : fills_ < kManyFills ? kSize : kLittle;
   const uint64_t start = offset & ~uint64_t{std::min(length, kPage) - 1};
-  if (size > length - (offset - start)) length = kSize;
+  if (size > length - (offset - start)) {
+    length = length < kPage ? offset - start + size : kSize;
+  }
   length = std::min<uint64_t>(length, end_ - start);  // no read beyond a known end
   current_ = fills_++ % kCount;
   panes_[current_] = {start, 0};  // nothing may be found here should the read fail
