@@ -219,6 +219,7 @@ TEST(PacketWriter, CountsWhatItWrites) {
   EXPECT_EQ(embed_xmp(0, 0, nullptr, 0, nullptr, nullptr), 128);
   EXPECT_EQ(written(-5, -3, params, std::string(300, 'x').c_str()).size(), 128 + 119 + 300U);
   EXPECT_EQ(written(-5, 1, params), written(1, 1, params));
+  EXPECT_NE(written(10, 1, params).find("_settings10'>\n"), std::string::npos);
   const int length = embed_xmp(0, INT_MAX, params.data(), 0, nullptr, nullptr);
   EXPECT_EQ(length, embed_xmp(0, 216, params.data(), 0, nullptr, nullptr));
   std::string out(static_cast<std::size_t>(length) + 1, '#');
@@ -331,7 +332,7 @@ TEST(Reader, FindsWhatTheSearchForEveryTagFinds) {
     std::string text = kHead + elements("Method Fusion/Natural|");
     const auto method = static_cast<int>(text.find("lfst:Method"));
     for (auto n = random() % 12; n > 0; --n) {
-      text += std::string(random() % 70, ' ') +
+      text += std::string(random() % 400, ' ') +
               elements(pick(searches).second + " " + pick(values) + "|");
     }
     for (auto n = random() % 3; n > 0; --n)
@@ -413,6 +414,7 @@ TEST(Lens, IsCopiedWhenItFits) {
   expectLens(aux + "aux:Lens=", 54, "");
   expectLens(aux + "aux:Lens=\"" + longest + "\"", 117, longest);
   expectLens(aux + "aux:Lens=\"" + longest + "L\"", 118, "");
+  expectLens(aux + "aux:Lens>EF", 53, "");
   expectLens(aux + "aux:Lens>EF 24</aux:Lens", 58, "EF 24");
   expectLens(aux + "aux:Lens>EF 24</aux:Len", 58, "");
   expectLens(aux + "aux:Lens>" + longest + "</aux:Lens>", 116, longest);
@@ -514,7 +516,7 @@ TEST(Insert, PutsTheBlockBehindTheTagAndMovesTheTail) {
   refuse(own, own.size(), -static_cast<int>(own.size()));
   refuse(before, before.size(), -static_cast<int>(before.size()));
   refuse(meta + std::string(28, ' ') + tag, 140, -140);
-  refuse(before, before.size() + 2, -1);
+  refuse(before + "\n\n", before.size() + 2, -1);
   refuse(before + "\n\na", before.size() + 3, -1);
   EXPECT_EQ(insert(2, 14, before + "\n<x/>", -1).first, -1);
   EXPECT_EQ(insert_xmp(0, 0, params.data(), 0, 0, nullptr), -5);
