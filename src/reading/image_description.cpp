@@ -133,9 +133,9 @@ Description parse(std::string_view text) {
 // ISO 200, m/30 stops up, in steps of 200.
 uint32_t isoOf(int m) {
   constexpr uint32_t kStep = 200;
-  constexpr double kMostSteps = std::numeric_limits<uint32_t>::max() / kStep;
+  constexpr uint32_t kMostSteps = std::numeric_limits<uint32_t>::max() / kStep;
   const double steps = std::exp2(m * 0.03333333333333333);
-  return kStep * static_cast<uint32_t>(std::min(steps, kMostSteps));
+  return kStep * static_cast<uint32_t>(std::min<double>(steps, kMostSteps));
 }
 
 void store(const Description& d, ExifInfo& info) {
