@@ -189,8 +189,7 @@ void assignSettings(const Method& method, const std::vector<std::string>& assign
   const std::vector<Setting> read = settingsOf(method.number, params);
   for (const auto& [element, text] : texts) {
     if (!sameMeaning(text, findElement(read, element)->text)) {
-      const std::string assignment = element + '=' + text;
-      throw Failure("--set " + assignment,
+      throw Failure(std::string("--set ").append(element).append("=").append(text),
                     "has no such value; expected " + expectedText(method.number, params, element));
     }
   }
