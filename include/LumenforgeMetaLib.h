@@ -495,9 +495,9 @@ LUMENFORGE_API int write_xmp(const char* path, int method, const float* params);
  *
  * `method`: at least 1. A number without a name inserts the common elements only.
  * `xmpLength`: bytes of the packet. A NUL counted in it moves with the tail and stays last.
- * `insertLength`: the size; the text behind the insertion point moves up by it, and no more of the
- * block is written than fits, also when a set number of three digits or another size than the
- * measured one was given.
+ * `insertLength`: the size; the text behind the insertion point moves up by it. No more of the block
+ * is written than fits, should a set number of three digits or a smaller size be given; a larger
+ * one leaves the bytes between as they were.
  * `xmp`: `xmpLength` + `insertLength` bytes; nothing behind them is touched.
  *
  * Returns the block's size, or with the packet unchanged

@@ -25,7 +25,7 @@ int extract_xmp(const char* path, int size, int offset, unsigned char* buffer) {
 
   // A file that shrinks meanwhile leaves the caller's bytes; the reader takes them as they are.
   (void)std::fread(buffer, 1, length, file.get());
-  return readSettings(kMethodQuery, textOf(buffer, length + 1), nullptr, nullptr);
+  return readSettings(kMethodQuery, asText(buffer, length + 1), nullptr, nullptr);
 }
 
 int read_xmp(const char* path, int selector, float* params) {
@@ -40,12 +40,12 @@ int read_xmp(const char* path, int selector, float* params) {
   if (text == nullptr) return kNoMemory;
   if (std::fread(text.get(), 1, length, file.get()) < length) return kTooFewBytes;
   file.reset();
-  return readSettings(selector, textOf(text.get(), length + 1), nullptr, params);
+  return readSettings(selector, asText(text.get(), length + 1), nullptr, params);
 }
 
 int lfsettings_occurences_in_xmp(int length, const unsigned char* xmp) {
   if (length < 1 || xmp[length - 1] != '\0') return kNotTerminated;
-  const std::string_view text = textOf(xmp, static_cast<std::size_t>(length));
+  const std::string_view text = asText(xmp, static_cast<std::size_t>(length));
   int count = 0;
   std::size_t at = 0;
   while ((at = findDeclaration(text, at)) != kNowhere) {

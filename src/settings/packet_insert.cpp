@@ -18,13 +18,13 @@ constexpr std::size_t kPacketOpeningSize = kPacketOpening.text.size() + 1 + kXmp
 constexpr std::size_t kRdfTagSize = kRdfOpening.text.size() + 1 + kRdfNamespace.size() + 2;
 static_assert(kPacketOpeningSize == 34 && kRdfTagSize == 65);
 
-// What a packet must be longer than to hold an opening, and an opening and a tag behind 65 bytes.
-constexpr int kShortestOpening = kPacketOpeningSize;
-constexpr int kShortestPacket = 2 * kRdfTagSize;
-
-// The tag is searched from here; a packet of this library, whose tag stands before it, is no place
-// for a second block.
+// The tag is searched from here. In the packets that this library writes it stands before: they are
+// no place for a second block.
 constexpr std::size_t kTagSearchStart = 65;
+
+// A packet must be longer than its opening, and than a tag at the first place where it is searched.
+constexpr int kOpeningLimit = static_cast<int>(kPacketOpeningSize);
+constexpr int kTagLimit = static_cast<int>(kTagSearchStart + kRdfTagSize);
 
 constexpr std::size_t kShortestTail = 3;
 
@@ -55,7 +55,7 @@ int findInsertionPoint(std::string_view packet) {
   // An opening or a tag must end before the packet's last byte.
   const std::string_view searched = packet.substr(0, packet.size() - 1);
   if (findQuoted(searched, 0, kPacketOpening, kXmpNamespace) == kNowhere) return -length;
-  if (length <= kShortestPacket) return kTooShortForTag;
+  if (length <= kTagLimit) return kTooShortForTag;
   const std::size_t tag = findRdfTag(searched);
   if (tag == kNowhere) return -length;
   return static_cast<int>(insertionPoint(packet, tag));
@@ -75,7 +75,7 @@ int insert_xmp(int setNumber, int method, const float* params, int xmpLength, in
                             .wrapped = false};
   if (setNumber == 0) return static_cast<int>(measurePacket(block));
 
-  if (xmpLength <= kShortestOpening) return kTooShortForPacket;
+  if (xmpLength <= kOpeningLimit) return kTooShortForPacket;
   const int point = findInsertionPoint({xmp, static_cast<std::size_t>(xmpLength)});
   if (point < 0) return point;
   const auto tail = static_cast<std::size_t>(xmpLength - point);

@@ -42,12 +42,12 @@ std::optional<std::size_t> wordIndex(float slot, std::size_t words) {
   return static_cast<std::size_t>(static_cast<int>(slot));
 }
 
-std::string_view modeWord(std::optional<std::size_t> mode) {
+std::string_view textOfMode(std::optional<std::size_t> mode) {
   return mode ? kSmoothingModes[*mode] : kSmoothingModes.front();
 }
 
 // The word of a level that has none is that of the mode.
-std::string_view levelWord(float slot) {
+std::string_view textOfLevel(float slot) {
   const auto level = wordIndex(slot, kSmoothingLevels.size());
   return level ? kSmoothingLevels[*level] : kSmoothingModes.front();
 }
@@ -68,11 +68,11 @@ std::string_view valueText(const Element& element, const float* params, ValueBuf
     case ValueText::listOfEight:
       return listText(params + element.slot, buffer);
     case ValueText::modeWord:
-      return modeWord(wordIndex(value, kSmoothingModes.size()));
+      return textOfMode(wordIndex(value, kSmoothingModes.size()));
     case ValueText::levelOrNumber:
       return params[kSmoothingModeSlot] >= kSmoothingBySlider
                  ? fixedText(value, 1, buffer)
-                 : levelWord(params[kSmoothingLevelSlot]);
+                 : textOfLevel(params[kSmoothingLevelSlot]);
   }
   return {};
 }
@@ -92,7 +92,7 @@ void writeElement(TextSink& sink, const Element& element, const float* params) {
   if (element.text == ValueText::levelOrNumber &&
       !wordIndex(params[kSmoothingModeSlot], kSmoothingModes.size())) {
     // A mode that is neither has no smoothing value; the line of the mode stands there once more.
-    return writeLine(sink, Name::smoothingMode, modeWord(std::nullopt));
+    return writeLine(sink, Name::smoothingMode, textOfMode(std::nullopt));
   }
   ValueBuffer buffer;
   writeLine(sink, element.name, valueText(element, params, buffer));

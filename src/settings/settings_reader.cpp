@@ -165,5 +165,5 @@ int get_settings_from_xmp(int selector, int length, const unsigned char* xmp, ch
                           float* params) {
   if (length < 1) return lumenforge::kNotTerminated;
   return lumenforge::readSettings(
-      selector, lumenforge::textOf(xmp, static_cast<std::size_t>(length)), lensOut, params);
+      selector, lumenforge::asText(xmp, static_cast<std::size_t>(length)), lensOut, params);
 }

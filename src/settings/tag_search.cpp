@@ -49,7 +49,7 @@ int searchForTag(int slot, const char* tag, int kind, const unsigned char* buffe
 
   const int notFound = static_cast<int>(length - patternLength);
   if (kind != kNumber && kind != kYesNo && kind != kList) return notFound;
-  const std::string_view text = textOf(buffer, static_cast<std::size_t>(length));
+  const std::string_view text = asText(buffer, static_cast<std::size_t>(length));
   // A match must end before the last byte.
   const char terminator = form == kAttributeForm ? '=' : '>';
   const std::size_t match = findTag(text.substr(0, text.size() - 1), name, terminator);

@@ -26,7 +26,7 @@ inline uint32_t load32(const char* p) {
 // Whether the same bytes stand at `a` and `b`. For the short texts of packets, where a call to the
 // C library costs more than the comparison: whole words, the last of which overlaps the one before.
 inline bool sameBytes(const char* a, const char* b, std::size_t size) {
-  if (size < 4) return size == 0 || (a[0] == b[0] && sameBytes(a + 1, b + 1, size - 1));
+  if (size < 4) return std::memcmp(a, b, size) == 0;
   if (size < 8) {
     return load32(a) == load32(b) && load32(a + size - 4) == load32(b + size - 4);
   }
@@ -90,7 +90,7 @@ constexpr std::string_view textFrom(std::string_view text, std::size_t offset) {
 }
 
 // The bytes of a C buffer.
-inline std::string_view textOf(const unsigned char* bytes, std::size_t size) {
+inline std::string_view asText(const unsigned char* bytes, std::size_t size) {
   return {reinterpret_cast<const char*>(bytes), size};
 }
 
