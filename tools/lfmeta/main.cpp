@@ -14,6 +14,7 @@ int run(int argc, char** argv) {
   app.get_formatter()->column_width(34);
 
   int exitStatus = kSuccess;
+  addReadCommand(app, exitStatus);
   addSettingsCommand(app, exitStatus);
   addTiffCommand(app, exitStatus);
   addIccCommand(app, exitStatus);

@@ -2,7 +2,6 @@
 
 #include "failure.h"
 #include "photo_description.h"
-#include "photo_type.h"
 
 namespace {
 
@@ -16,21 +15,15 @@ Bytes iptcOf(const std::string& path, const ExifInfo& info) {
   return !block.empty() && block.front() == 0x1C ? block : Bytes();
 }
 
-Bytes xmpOf(const std::string& path, PhotoType type, const ExifInfo& info) {
-  const std::uint32_t overhead = type == PhotoType::jpeg ? kJpegSegmentOverhead : 0;
-  return info.xmpLength > overhead ? readRegion(path, info.xmpOffset, info.xmpLength - overhead)
-                                   : Bytes();
-}
-
 }  // namespace
 
-PhotoSource readPhotoSource(const std::string& path) {
+PhotoRecord readPhotoRecord(const std::string& path) {
   const std::optional<PhotoType> type = findPhotoType(path);
   if (!type) {
     readRegion(path, 0, 0);  // a file that cannot be opened says so itself
     throw Failure(path, "is no JPEG, TIFF or PSD image");
   }
-  PhotoSource photo;
+  PhotoRecord photo{.type = *type};
   const int result = getExifData(path.c_str(), static_cast<int>(*type), &photo.info);
   if (result < 0) {
     throw Failure(path, readingFailure(*type, result));
@@ -38,9 +31,19 @@ PhotoSource readPhotoSource(const std::string& path) {
   if (*type == PhotoType::tiff && photo.info.exposureTime == 0) {
     readDescribedExposure(path, photo.info);
   }
-  photo.iptc = iptcOf(path, photo.info);
-  photo.xmp = xmpOf(path, *type, photo.info);
   return photo;
+}
+
+Bytes xmpOf(const std::string& path, const PhotoRecord& photo) {
+  const std::uint32_t overhead = photo.type == PhotoType::jpeg ? kJpegSegmentOverhead : 0;
+  return photo.info.xmpLength > overhead
+             ? readRegion(path, photo.info.xmpOffset, photo.info.xmpLength - overhead)
+             : Bytes();
+}
+
+PhotoSource readPhotoSource(const std::string& path) {
+  const PhotoRecord photo = readPhotoRecord(path);
+  return {photo.info, iptcOf(path, photo.info), xmpOf(path, photo)};
 }
 
 void exportRecords(const ExifInfo& info, MetadataBuf& meta, GpsBuf& gps) {

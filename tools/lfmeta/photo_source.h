@@ -6,7 +6,19 @@
 
 #include <string>
 
+#include "photo_type.h"
 #include "whole_file.h"
+
+struct PhotoRecord {
+  PhotoType type;
+  ExifInfo info{};
+};
+
+// The record alone. Throws Failure when the file is no JPEG, TIFF or PSD image or cannot be read.
+PhotoRecord readPhotoRecord(const std::string& path);
+
+// The XMP packet that the record points at; empty when there is none.
+Bytes xmpOf(const std::string& path, const PhotoRecord& photo);
 
 struct PhotoSource {
   ExifInfo info{};
@@ -14,7 +26,7 @@ struct PhotoSource {
   Bytes xmp;
 };
 
-// Throws Failure when the file is no JPEG, TIFF or PSD image or cannot be read.
+// The record and its blocks. Throws as readPhotoRecord does.
 PhotoSource readPhotoSource(const std::string& path);
 
 // The records that the host keeps of it.

@@ -1,0 +1,81 @@
+"""lfmeta read, run as a user runs it. The judge of what a photograph says is ExifTool. Needs LFMETA,
+the tool to run."""
+import json, os, pathlib, shutil, subprocess, tempfile, unittest
+
+LFMETA = os.environ["LFMETA"]
+PHOTO = pathlib.Path(__file__).resolve().parent.parent / "examples" / "photo.jpg"
+
+
+def run(*words):
+    done = subprocess.run([str(word) for word in words], capture_output=True)
+    return done.returncode, done.stdout, done.stderr.decode()
+
+
+class ToolRead(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def test_says_of_the_example_what_exiftool_says(self):
+        status, out, err = run(LFMETA, "read", "--json", PHOTO)
+        self.assertEqual((status, err, out.count(b"\n")), (0, "", 1))
+        ours = json.loads(out)
+        told = json.loads(run("exiftool", "-json", "-n", "-all", PHOTO)[1])[0]
+        same = {"model": "Model", "lens": "Lens", "dateTimeOriginal": "DateTimeOriginal",
+                "exposureTime": "ExposureTime", "fNumber": "FNumber", "iso": "ISO",
+                "focalLength": "FocalLength", "focalLength35mm": "FocalLengthIn35mmFormat",
+                "orientation": "Orientation", "thumbOffset": "ThumbnailOffset",
+                "focalPlaneXResolution": "FocalPlaneXResolution",
+                "focalPlaneResolutionUnit": "FocalPlaneResolutionUnit",
+                "thumbLength": "ThumbnailLength"}
+        self.assertEqual({ours_: ours[ours_] for ours_ in same},
+                         {ours_: told[theirs] for ours_, theirs in same.items()})
+        for ours_, theirs in [("latitude", "GPSLatitude"), ("longitude", "GPSLongitude"),
+                              ("altitude", "GPSAltitude")]:
+            self.assertAlmostEqual(ours["gps"][ours_], told[theirs], 9)
+        self.assertEqual(ours["gps"]["gpsDateStamp"], told["GPSDateStamp"])
+        self.assertEqual(ours["MetadataBuf"]["exposureTime"], [100, 24999])
+        photo = PHOTO.read_bytes()
+        iptc = photo[ours["iptcOffset"]:][:ours["iptcLength"]]
+        self.assertEqual(iptc, run("exiftool", "-b", "-IPTC", PHOTO)[1])
+        self.assertTrue(photo[ours["xmpOffset"]:].startswith(b"<?xpacket begin"))
+        person = run(LFMETA, "read", PHOTO)[1].decode()
+        for text in ["Alpenglow M2, 16-35mm f/4 Wide", "1/250 s, f/5.6, ISO 100", "24 mm, 36 mm",
+                     "-50.942389, -73.407028", "Tone Balancer (method 4)", "2021:06:05 07:14:59"]:
+            self.assertIn(text, person)
+
+    def test_goes_on_behind_a_file_that_fails_and_keeps_the_order(self):
+        shutil.copy(PHOTO, self.folder / "a.txt")  # a photograph by its signature, not its name
+        (self.folder / "b.jpg").write_bytes(b"no photograph")
+        (self.folder / "c.jpg").write_bytes(PHOTO.read_bytes()[:3000])
+        (self.folder / "sub").mkdir()
+        shutil.copy(PHOTO, self.folder / "sub" / "bad\x1b\n.jpg")
+        named = [self.folder / name for name in ["c.jpg", "a.txt", "b.jpg", "missing", "sub"]]
+        status, out, err = run(LFMETA, "read", "--json", "-j", 4, *named)
+        self.assertEqual(status, 1)
+        self.assertEqual([json.loads(line)["file"] for line in out.splitlines()], [str(named[1])])
+        lines = err.splitlines()
+        for line, name, text in zip(lines, ["c.jpg", "b.jpg", "missing", "sub"],
+                                    ["ends before", "no JPEG, TIFF or PSD", "No such file", "-r"]):
+            self.assertIn(name, line)
+            self.assertIn(text, line)
+        self.assertEqual(len(lines), 4, err)
+        (self.folder / "c.jpg").unlink()
+        status, out, err = run(LFMETA, "read", "-r", "--json", self.folder)
+        self.assertEqual((status, err, out.count(b"\n")), (0, "", 2))
+        for count in (1, 3):  # more files than one stretch, with and without helpers
+            status, out, _ = run(LFMETA, "read", "--json", "-j", count, *[PHOTO, named[1]] * 300)
+            files = [json.loads(line)["file"] for line in out.splitlines()]
+            self.assertEqual(files, [str(PHOTO), str(named[1])] * 300)
+        self.assertNotIn(b"\x1b", run(LFMETA, "read", "-r", self.folder)[1])
+
+    def test_writes_thumbnails_and_no_file_over_another(self):
+        thumbnail = run("exiftool", "-b", "-ThumbnailImage", PHOTO)[1]
+        (self.folder / "photo.jpg").write_bytes(b"mine")
+        self.assertEqual(run(LFMETA, "read", "--thumbnail", self.folder, PHOTO, PHOTO)[0], 0)
+        self.assertEqual({path.name: path.read_bytes() for path in self.folder.iterdir()},
+                         {"photo.jpg": b"mine", "photo-2.jpg": thumbnail, "photo-3.jpg": thumbnail})
+
+
+if __name__ == "__main__":
+    unittest.main()
