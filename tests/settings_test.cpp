@@ -7,7 +7,6 @@
 #include <clocale>
 #include <cmath>
 #include <cstring>
-#include <map>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -102,56 +101,55 @@ std::string block(const std::string& list, const std::string& set = "01") {
          elements("Version 6.0|" + list) + "</rdf:Description>\n\n";
 }
 
-// Every slot holds its own number, so that a value shows where it came from and where it goes.
-TEST(PacketWriter, WritesEveryMethodInItsOrder) {
-  const std::map<int, const char*> cases{
-      {1,
-       "Method Details Enhancer|Strength 1.0|ToneCompression 0.0|DetailContrast 6.0|WhiteClip "
-       "3.000000|BlackClip 4.000000|SmoothingMode Slider|Smoothing 17.0|Microsmoothing 7.0|"
-       "HighlightsSmoothing 9.0|ShadowsSmoothing 10.0|ShadowsClipping 11.0|SaturationHighlights "
-       "13.0|SaturationShadows 14.0|IsPano360 Yes|Saturation 2.0|ColorTemperature 12.0|Brightness "
-       "8.0|"},
-      {2,
-       "Method Tone Compressor|Compression 1.0|Contrast 2.0|WhiteClip 3.000000|BlackClip "
-       "4.000000|Saturation 13.0|ColorTemperature 12.0|Brightness 0.0|"},
-      {3,
-       "Method Contrast Optimizer|Strength 0.0|ToneCompression 1.0|LightingEffect 2.0|WhiteClip "
-       "6.751|BlackClip 7.415|Luminance 9.0|IsPano360 Yes|Saturation 13.0|ColorTemperature 12.0|"
-       "Brightness 8.0|"},
-      {4,
-       "Method Tone Balancer|Strength 0.0|Lighting 1.0|Boost 2.0|Microcontrast 5.0|WhiteClip "
-       "6.751|BlackClip 7.415|IsPano360 Yes|Saturation 13.0|ColorTemperature 12.0|Brightness 8.0|"},
-      {10,
-       "Method Fusion/Natural|Strength 0.0|ExposureBalance 1.0|ShadowsContrast 2.0|WhiteClip "
-       "4.000000|BlackClip 5.000000|IsPano360 Yes|Sharpness 8.0|Saturation 3.0|ColorTemperature "
-       "12.0|Brightness 6.0|"},
-      {11,
-       "Method Fusion/Intensive|Strength 0.0|Radius 2.0|Saturation 1.0|ColorTemperature 12.0|"
-       "Brightness 6.0|"},
-      {13, "Method Fusion/2 images|Saturation 13.0|ColorTemperature 12.0|Brightness 6.0|"},
-      {14, "Method Average|Saturation 13.0|ColorTemperature 12.0|Brightness 6.0|"},
-      {15,
-       "Method Fusion/Interior|Highlights 1.0|Shadows 2.0|LocalContrast 8.0|DepthHighlights "
-       "0.0|IsPano360 Yes|Saturation 3.0|ColorTemperature 12.0|Brightness 6.0|"},
-      {5, ""},
-      {12, ""},
-      {200, ""}};
-  const std::string common =
-      "SaturationIndividualColors 21.0,22.0,23.0,24.0,25.0,26.0,27.0,28.0|"
-      "TemperatureIndividualColors 31.0,32.0,33.0,34.0,35.0,36.0,37.0,38.0|"
-      "BrightnessIndividualColors 41.0,42.0,43.0,44.0,45.0,46.0,47.0,48.0|"
-      "BlendingOpacity 51.0|BlendWithEV 52.0|";
-  const std::string lensBlock =
+// Every slot holds its own number, so that a value shows where it came from.
+void expectPacket(int method, const std::string& own) {
+  Params params;
+  for (std::size_t i = 0; i < params.size(); ++i) params[i] = static_cast<float>(i);
+  params[16] = 1;
+  const std::string all = own +
+                          "SaturationIndividualColors 21.0,22.0,23.0,24.0,25.0,26.0,27.0,28.0|"
+                          "TemperatureIndividualColors 31.0,32.0,33.0,34.0,35.0,36.0,37.0,38.0|"
+                          "BrightnessIndividualColors 41.0,42.0,43.0,44.0,45.0,46.0,47.0,48.0|"
+                          "BlendingOpacity 51.0|BlendWithEV 52.0|";
+  const std::string lens =
       "<rdf:Description rdf:about=''\nxmlns:aux='http://ns.adobe.com/exif/1.0/aux/'>\n"
       "<aux:Lens>EF 24-70 \"L\"</aux:Lens>\n</rdf:Description>\n\n";
-  for (const auto& [method, own] : cases) {
-    Params params;
-    for (std::size_t i = 0; i < params.size(); ++i) params[i] = static_cast<float>(i);
-    params[16] = 1;
-    EXPECT_EQ(written(1, method, params), kOpening + block(own + common) + kClosing);
-    EXPECT_EQ(written(7, 200 + method, params, "EF 24-70 \"L\""),
-              lensBlock + block(own + common, "07"));
-  }
+  EXPECT_EQ(written(1, method, params), kOpening + block(all) + kClosing);
+  EXPECT_EQ(written(7, 200 + method, params, "EF 24-70 \"L\""), lens + block(all, "07"));
+}
+
+TEST(PacketWriter, WritesEveryMethodInItsOrder) {
+  expectPacket(1,
+               "Method Details Enhancer|Strength 1.0|ToneCompression 0.0|DetailContrast 6.0|"
+               "WhiteClip 3.000000|BlackClip 4.000000|SmoothingMode Slider|Smoothing 17.0|"
+               "Microsmoothing 7.0|HighlightsSmoothing 9.0|ShadowsSmoothing 10.0|"
+               "ShadowsClipping 11.0|SaturationHighlights 13.0|SaturationShadows 14.0|"
+               "IsPano360 Yes|Saturation 2.0|ColorTemperature 12.0|Brightness 8.0|");
+  expectPacket(2,
+               "Method Tone Compressor|Compression 1.0|Contrast 2.0|WhiteClip 3.000000|"
+               "BlackClip 4.000000|Saturation 13.0|ColorTemperature 12.0|Brightness 0.0|");
+  expectPacket(3,
+               "Method Contrast Optimizer|Strength 0.0|ToneCompression 1.0|LightingEffect 2.0|"
+               "WhiteClip 6.751|BlackClip 7.415|Luminance 9.0|IsPano360 Yes|Saturation 13.0|"
+               "ColorTemperature 12.0|Brightness 8.0|");
+  expectPacket(4,
+               "Method Tone Balancer|Strength 0.0|Lighting 1.0|Boost 2.0|Microcontrast 5.0|"
+               "WhiteClip 6.751|BlackClip 7.415|IsPano360 Yes|Saturation 13.0|"
+               "ColorTemperature 12.0|Brightness 8.0|");
+  expectPacket(10,
+               "Method Fusion/Natural|Strength 0.0|ExposureBalance 1.0|ShadowsContrast 2.0|"
+               "WhiteClip 4.000000|BlackClip 5.000000|IsPano360 Yes|Sharpness 8.0|"
+               "Saturation 3.0|ColorTemperature 12.0|Brightness 6.0|");
+  expectPacket(11,
+               "Method Fusion/Intensive|Strength 0.0|Radius 2.0|Saturation 1.0|"
+               "ColorTemperature 12.0|Brightness 6.0|");
+  expectPacket(13, "Method Fusion/2 images|Saturation 13.0|ColorTemperature 12.0|Brightness 6.0|");
+  expectPacket(14, "Method Average|Saturation 13.0|ColorTemperature 12.0|Brightness 6.0|");
+  expectPacket(15,
+               "Method Fusion/Interior|Highlights 1.0|Shadows 2.0|LocalContrast 8.0|"
+               "DepthHighlights 0.0|IsPano360 Yes|Saturation 3.0|ColorTemperature 12.0|"
+               "Brightness 6.0|");
+  for (const int nameless : {5, 12, 200}) expectPacket(nameless, "");
 }
 
 // Read back, a record gives the same packet; as attributes, it gives the same record.
@@ -484,23 +482,21 @@ TEST(Insert, PutsTheBlockBehindTheTagAndMovesTheTail) {
                                   length, buffer.chars());
     return std::pair(result, std::string(buffer.chars(), room));
   };
-  // What stays before the block, and what moves.
-  for (const auto& [kept, moved] : std::multimap<std::string, std::string>{{"\n", "\n<x/>"},
-                                                                           {"\n\n", "\n<x/>"},
-                                                                           {" \n", "\n\nx"},
-                                                                           {"x", "\nyz"},
-                                                                           {"", "abc"},
-                                                                           {"", "\nab"},
-                                                                           {"", "\n <x/>"},
-                                                                           {"\r", "\n<x/>"},
-                                                                           {"\r\n", "\n\0x"s}}) {
+  const auto splice = [&](const std::string& kept, const std::string& moved) {
     EXPECT_EQ(insert(2, 14, before + kept + moved, size),
               std::pair(size, before + kept + inserted + moved));
     // A block longer than was announced is cut, not written over the tail or beyond it.
     EXPECT_EQ(insert(100, 14, before + kept + moved, 9),
               std::pair(size + 1, before + kept + "<rdf:Desc" + moved));
-  }
-
+  };
+  splice("\n", "\n<x/>");
+  splice("\n\n", "\n<x/>");
+  splice(" \n", "\n\nx");
+  splice("x", "\nyz");
+  splice("", "abc");
+  splice("", "\nab");
+  splice("", "\n <x/>");
+  splice("\r\n", "\n\0x"s);
   const std::string own = written(1, 14, params);
   const auto refuse = [&](std::string packet, std::size_t length, int result, int method = 14) {
     packet.resize(length, ' ');
