@@ -1,0 +1,35 @@
+#!/usr/bin/env python3
+"""Holds the header and the built library against the committed description of the ABI.
+
+boundary_test.py ABI HEADER_DIRECTORY LIBRARY TABLE_OF_CALLS
+"""
+import re
+import subprocess
+import sys
+
+abi_file, include, library, calls = sys.argv[1:]
+checks = ["#include <LumenforgeMetaLib.h>"]
+abi = open(abi_file).read()
+for number, line in enumerate(abi.splitlines()):
+    if line.startswith("int ") or line.startswith("unsigned "):
+        checks.append(line)  # a prototype that differs from the header's does not compile
+    elif field := re.fullmatch(r"(\w+) (\d+) (\w+) (\w+)(\[\d+\])?", line):
+        record, offset, type_, name, array = field.groups(default="")
+        checks.append(f"typedef {type_} type_{number}{array}; static {record} in_{number};")
+        checks.append(f"type_{number} *const at_{number} = &in_{number}.{name};")
+        checks.append(f"typedef char check_{number}[offsetof({record}, {name}) == {offset} ? 1 : -1];")
+    elif size := re.fullmatch(r"(\w+) (\d+)", line):
+        checks.append(f"typedef char check_{number}[sizeof({size[1]}) == {size[2]} ? 1 : -1];")
+    elif line and not line.startswith("#") and not line.startswith("soname"):
+        sys.exit(f"what is {line!r}?")
+for compiler in "cc -std=c99 -xc", "c++ -std=c++20 -xc++":
+    source = "\n".join(checks) if "c99" in compiler else 'extern "C" {\n%s\n}' % "\n".join(checks)
+    subprocess.run(f"{compiler} -Wall -Wextra -Wpedantic -Werror -I{include} -fsyntax-only -".split(),
+                   input=source, text=True, check=True)
+
+functions = sorted(re.findall(r"(\w+)\(", abi))
+symbols = subprocess.run(["nm", "-D", "--defined-only", library], capture_output=True, text=True).stdout
+assert re.findall(r" T (\w+)", symbols) == functions and symbols.count("\n") == 31, symbols
+assert sorted(re.findall(r'^    \{"(\w+)"', open(calls).read(), re.M)) == functions
+dynamic = subprocess.run(["readelf", "-d", library], capture_output=True, text=True).stdout
+assert re.search(r"SONAME.*\[(.+)\]", dynamic)[1] == re.search(r"^soname (.+)", abi, re.M)[1]
