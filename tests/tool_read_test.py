@@ -55,8 +55,8 @@ class ToolRead(unittest.TestCase):
         self.assertEqual(status, 1)
         self.assertEqual([json.loads(line)["file"] for line in out.splitlines()], [str(named[1])])
         lines = err.splitlines()
-        for line, name, text in zip(lines, ["c.jpg", "b.jpg", "missing", "sub"],
-                                    ["ends before", "no JPEG, TIFF or PSD", "No such file", "-r"]):
+        for line, name, text in zip(lines, ["sub", "c.jpg", "b.jpg", "missing"],
+                                    ["-r", "ends before", "no JPEG, TIFF or PSD", "No such file"]):
             self.assertIn(name, line)
             self.assertIn(text, line)
         self.assertEqual(len(lines), 4, err)

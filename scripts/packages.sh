@@ -1,0 +1,32 @@
+# Sourced by the scripts in the root: installs the Debian packages that are missing.
+
+say() { printf '%s\n' "$*" >&2; }
+
+# need PACKAGE...: returns when all are there; ends the script with a message when one cannot be had.
+need() {
+  local missing=() package as_root=()
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+      missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || fail_install "${missing[*]}" "run as root, or install sudo"
+    as_root=(sudo)
+  fi
+  say "Installing: ${missing[*]}"
+  local log
+  log=$(mktemp)
+  if ! { "${as_root[@]}" apt-get update -qq && "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}"; } </dev/null >"$log" 2>&1; then
+    tail -n 5 "$log" >&2
+    rm -f "$log"
+    fail_install "${missing[*]}" "see the messages above"
+  fi
+  rm -f "$log"
+}
+
+fail_install() {
+  say "These Debian packages are needed and cannot be installed here: $1 ($2)."
+  exit 1
+}
