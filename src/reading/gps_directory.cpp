@@ -25,7 +25,10 @@ constexpr int32_t kDateStampLength = 10;  // YYYY:MM:DD
 // Whole fractions only, from the front, as many as the file holds of `count`.
 void readFractions(Walk& walk, const TiffFrame& frame, uint64_t offset, int32_t count,
                    std::span<uint32_t> words) {
-  const std::size_t wanted = count <= 0 ? 0 : std::min<std::size_t>(words.size(), 2U * count);
+  const std::size_t wanted =
+      count <= 0
+          ? 0
+          : std::min<std::size_t>(words.size(), std::size_t{2} * static_cast<uint32_t>(count));
   for (std::size_t i = 0; i < wanted; i += 2) {
     const uint8_t* fraction = walk.window.view(offset + 4 * i, 8);
     if (fraction == nullptr) return;
