@@ -12,6 +12,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/LumenforgeMetaLibConfigVe
   COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/LumenforgeMetaLibConfigVersion.cmake DESTINATION ${package_dir})
 
+# Found from where the file itself lies, so that the whole may be moved.
+file(RELATIVE_PATH LUMENFORGE_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/LumenforgeMetaLib.pc.in LumenforgeMetaLib.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/LumenforgeMetaLib.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,36 @@
+#!/bin/bash
+# Installs the library, moves the installation, and builds a C99 host against it in the two ways that
+# hosts have: pkg-config and find_package. Then the host goes its whole road.
+#   install_test.sh BUILD SOURCE [SANITIZERS]
+set -euo pipefail
+build=$1 source=$2
+flags="-std=c99 -Wall -Wextra -Wpedantic -Werror ${3:+-fsanitize=$3}"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cmake --install "$build" --prefix "$work/installed" >/dev/null
+mv "$work/installed" "$work/moved"
+libraries=$(dirname "$(find "$work/moved" -name pkgconfig)")
+export LD_LIBRARY_PATH=$libraries
+
+PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs LumenforgeMetaLib >"$work/options"
+cc $flags "$source/examples/host.c" $(cat "$work/options") -o "$work/by-pkg-config"
+
+mkdir "$work/consumer"
+cat >"$work/consumer/CMakeLists.txt" <<CMAKE
+cmake_minimum_required(VERSION 3.25)
+project(consumer C)
+find_package(LumenforgeMetaLib 1.0 REQUIRED)
+add_executable(by-cmake $source/examples/host.c)
+target_link_libraries(by-cmake LumenforgeMetaLib::LumenforgeMetaLib)
+CMAKE
+cmake -S "$work/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$work/moved" \
+  -DCMAKE_C_FLAGS="$flags" >/dev/null
+cmake --build "$work/consumer" >/dev/null
+
+for host in "$work/by-pkg-config" "$work/consumer/by-cmake"; do
+  "$host" "$source/examples/photo.jpg" "$work/out.tif"
+  exiftool -s3 -Model -Keywords -ProfileFileSize "$work/out.tif" 2>/dev/null | head -n 2 >"$work/told"
+  printf 'Alpenglow M2\nlake\n' | cmp - "$work/told"
+done
+"$work/moved/bin/lfmeta" read "$work/out.tif"
