@@ -1,7 +1,6 @@
 #include "image.h"
 
 #include <array>
-#include <cctype>
 #include <limits>
 #include <stdexcept>
 #include <string_view>

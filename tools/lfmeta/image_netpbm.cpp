@@ -1,8 +1,6 @@
 // The portable pixel formats: PGM and PPM as text (P2, P3) and binary (P5, P6), PAM (P7), and the
 // floating-point PFM (Pf, PF). Samples with another maximum than 255 or 65,535 are scaled to it.
 #include <algorithm>
-#include <bit>
-#include <cmath>
 #include <cstring>
 #include <stdexcept>
 

@@ -2,7 +2,6 @@
 #include <LumenforgeMetaLib.h>
 
 #include <cstdio>
-#include <limits>
 #include <string>
 #include <vector>
 
