@@ -62,16 +62,15 @@ constexpr uint64_t directorySize(uint64_t entryCount) {
 
 class DirectoryWriter {
  public:
-  // `entryCount`: as it is written; it places the value area, and entries beyond it are counted but
-  // not stored. The directory is the last of its chain.
+  // `entryCount`: as it is written; it places the value area. The directory is the last of its
+  // chain.
   DirectoryWriter(const FileMemory& memory, uint64_t offset, uint64_t entryCount)
       : memory_(memory),
         nextEntry_(offset + 2),
-        nextDirectory_(offset + 2 + 12 * entryCount),
         values_(offset + directorySize(entryCount)),
         nextValue_(values_) {
     memory_.put16(offset, static_cast<uint16_t>(entryCount & 0xFFFF));
-    memory_.put32(nextDirectory_, 0);
+    memory_.put32(values_ - 4, 0);
   }
 
   // One SHORT or LONG in the value field.
@@ -130,7 +129,6 @@ class DirectoryWriter {
   // Returns the file offset of the entry's value field.
   uint64_t addEntry(uint16_t tag, FieldType type, uint32_t count) {
     ++added_;
-    if (nextEntry_ == nextDirectory_) return kNowhere;
     const uint64_t entry = nextEntry_;
     nextEntry_ += 12;
     memory_.put16(entry, tag);
@@ -139,11 +137,8 @@ class DirectoryWriter {
     return entry + 8;
   }
 
-  static constexpr uint64_t kNowhere = UINT64_MAX;
-
   FileMemory memory_;
   uint64_t nextEntry_;
-  uint64_t nextDirectory_;
   uint64_t values_;
   uint64_t nextValue_;
   uint32_t added_ = 0;
