@@ -306,7 +306,8 @@ std::string photoTiff(const Tiff& t) {
       {Tiff::text(0x0110, "NIKON D850"), t.shortEntry(0x0112, 6), t.longEntry(0x0201, 999),
        t.longEntry(0x0202, 998), Entry{0x02BC, 1, 777, u32(5000, t.order)},
        Entry{0x83BB, 4, 25, u32(6000, t.order)}},
-      {t.fraction(0x829A, 1, 60), t.fraction(0x829D, 28, 10), t.shortEntry(0x8827, 100)},
+      {t.fraction(0x829A, 1, 60), t.fraction(0x829D, 28, 10), t.shortEntry(0x8827, 100),
+       t.shortEntry(0x8830, 7)},  // of no interest, as most
       {Entry{1, 2, 2, "S"s}, t.fraction(2, 33, 1, 3)},
       {t.longEntry(0x0201, 4000), t.longEntry(0x0202, 1234)});
 }
