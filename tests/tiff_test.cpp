@@ -81,7 +81,7 @@ TEST(ExifBlock, CountsWhatIsPresent) {
 
 TEST(ExifBlock, IsWrittenByteForByte) {
   Exif r{cameraMeta(), kCameraGps, {}};
-  for (const uint32_t orientation : {6, 8, 1, 0, 9, 65542, -1}) {
+  for (const uint32_t orientation : {6U, 8U, 1U, 0U, 9U, 65542U, 0xFFFFFFFFU}) {
     const std::string expected =
         kTiff.file({Tiff::text(0x10F, "Canon"), Tiff::text(0x110, "Canon EOS 5D"),
                     kTiff.shortEntry(0x112, orientation - 1 < 8 ? orientation : 1)},
