@@ -14,8 +14,11 @@ namespace {
 // A new file, named after the photograph. Returns its descriptor.
 int createNew(const std::filesystem::path& folder, const std::string& stem, std::string& name) {
   for (int number = 1;; ++number) {
-    const std::string suffix = number == 1 ? ".jpg" : "-" + std::to_string(number) + ".jpg";
-    name = (folder / (stem + suffix)).string();
+    std::string leaf = stem;
+    if (number > 1) {
+      leaf.append("-").append(std::to_string(number));
+    }
+    name = (folder / leaf.append(".jpg")).string();
     const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (file >= 0 || errno != EEXIST) {
       return file;
