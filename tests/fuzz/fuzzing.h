@@ -1,9 +1,8 @@
-// What the fuzz targets share: an input taken apart, memory and files of exactly its size, and a
-// check that holds in every build. Each target defines `check`; included once a program.
+// What the fuzz targets share: an input taken apart, memory of exactly its size, and a check that
+// holds in every build. Each target defines `check`; included once a program.
 #pragma once
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <initializer_list>
@@ -12,9 +11,9 @@
 
 namespace fuzz {
 
-using namespace std::string_literals;
+using namespace build;
 
-// The caller's line stands in the report.
+// A call of its own, so that the caller's line stands in the report.
 [[gnu::noinline]] inline void require(bool holds) {
   if (!holds) std::abort();
 }
@@ -23,87 +22,70 @@ inline bool isOneOf(int result, std::initializer_list<int> results) {
   return std::ranges::find(results, result) != results.end();
 }
 
-// The bytes of an input from its front; zeros behind its end.
-struct Input {
-  std::string_view rest;
-
-  template <typename T>
-  T take() {
-    T value{};
-    std::memcpy(&value, rest.data(), std::min(sizeof value, rest.size()));
-    rest.remove_prefix(std::min(sizeof value, rest.size()));
-    return value;
-  }
-  std::string_view bytes(std::size_t size) {
-    const std::string_view taken = rest.substr(0, size);
-    rest.remove_prefix(taken.size());
-    return taken;
-  }
-};
+// The input's next bytes, with zeros behind its end.
+template <typename T>
+T take(std::string& input) {
+  T value{};
+  const std::string taken = input.substr(0, sizeof value);
+  std::memcpy(&value, taken.data(), taken.size());
+  input.erase(0, taken.size());
+  return value;
+}
 
 // Memory of its own without a byte to spare, so that one beyond it is noticed.
 class Block {
  public:
-  explicit Block(std::size_t size, int fill = 'Z') : bytes_(new uint8_t[size]), size_(size) {
-    std::memset(bytes_.get(), fill, size);
-  }
-  explicit Block(std::string_view text) : Block(text.size()) {
-    text.copy(reinterpret_cast<char*>(bytes_.get()), text.size());
+  explicit Block(std::string_view text) : bytes_(new uint8_t[text.size()]), text_(text) {
+    std::ranges::copy(text, bytes());
   }
   uint8_t* bytes() const { return bytes_.get(); }
-  char* chars() const { return reinterpret_cast<char*>(bytes_.get()); }
-  int size() const { return static_cast<int>(size_); }
-  std::string_view text() const { return {chars(), size_}; }
+  char* chars() const { return reinterpret_cast<char*>(bytes()); }
+  int size() const { return static_cast<int>(text_.size()); }
+  std::string text() const { return {bytes(), bytes() + text_.size()}; }
+  bool untouched() const { return text() == text_; }
 
  private:
   std::unique_ptr<uint8_t[]> bytes_;
-  std::size_t size_;
+  std::string text_;
 };
 
-template <typename T>
-std::string_view bytesOf(const T& record) {
-  return {reinterpret_cast<const char*>(&record), sizeof record};
-}
+inline Block emptyBlock(int64_t size) { return Block(std::string(static_cast<std::size_t>(size), '\0')); }
 
 // A file without a disk.
 class MemoryFile {
  public:
-  explicit MemoryFile(std::string_view bytes) : descriptor_(::memfd_create("fuzz", 0)) {
-    require(::write(descriptor_, bytes.data(), bytes.size()) == std::ssize(bytes));
+  explicit MemoryFile(const std::string& bytes) {
     std::snprintf(path_, sizeof path_, "/proc/self/fd/%d", descriptor_);
+    require(::write(descriptor_, bytes.data(), bytes.size()) == std::ssize(bytes));
   }
   MemoryFile(const MemoryFile&) = delete;
   MemoryFile& operator=(const MemoryFile&) = delete;
   ~MemoryFile() { ::close(descriptor_); }
   char* path() { return path_; }
   std::string bytes() const {
-    std::string bytes(static_cast<std::size_t>(::lseek(descriptor_, 0, SEEK_END)), '\0');
-    require(::pread(descriptor_, bytes.data(), bytes.size(), 0) == std::ssize(bytes));
-    return bytes;
+    std::ifstream in(path_, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
   }
 
  private:
-  int descriptor_;
+  int descriptor_ = ::memfd_create("file", 0);
   char path_[32];
 };
 
-using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-inline Stream openAt(MemoryFile& file, long position) {
-  Stream stream(std::fopen(file.path(), "rb"), std::fclose);
-  require(std::fseek(stream.get(), position, SEEK_SET) == 0);
-  return stream;
+template <typename T>
+std::string bytesOf(const T& record) {
+  return {reinterpret_cast<const char*>(&record), sizeof record};
 }
 
 inline void requireTexts(const ExifInfo& info) {
-  require(info.model[63] == 0 && info.dateTimeOriginal[19] == 0 && info.gpsDateStamp[10] == 0 &&
-          info.lens[63] == 0);
+  require(info.model[63] == 0 && info.dateTimeOriginal[19] == 0 && info.gpsDateStamp[10] == 0 && info.lens[63] == 0);
 }
 
-void check(Input input);
+void check(std::string input);
 
 }  // namespace fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  fuzz::check({{reinterpret_cast<const char*>(data), size}});
+  fuzz::check({data, data + size});
   return 0;
 }
