@@ -21,9 +21,7 @@ std::string times(const std::string& piece, std::size_t size = kSize) {
 }
 
 // `count` places in a file, none near the last one.
-uint64_t place(uint64_t i, uint64_t count, uint64_t distance) {
-  return 8 + i * 40503 % count * distance;
-}
+uint64_t place(uint64_t i, uint64_t count, uint64_t distance) { return 8 + i * 40503 % count * distance; }
 
 Entry entry(int tag, uint32_t count, uint64_t offset = 8) {
   return {static_cast<uint16_t>(tag), 7, count, u32(offset, ByteOrder::little)};

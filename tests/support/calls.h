@@ -22,29 +22,25 @@ struct Memory {
   }
 };
 
-inline const std::string kXmp = packet("Details Enhancer", "EF 50mm");
-inline const std::string kHostXmp =
-    std::string(40, ' ') + "<x:xmpmeta xmlns:x='adobe:ns:meta/'>" +
-    "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n\n</rdf:RDF>\n";
+inline const std::string kXmp =
+    packet("Details Enhancer", "EF 50mm") + "<lfst:SaturationIndividualColors>1,2,3,4,5,6,7,8<";
+inline const std::string kHostXmp = std::string(40, ' ') + "<x:xmpmeta xmlns:x='adobe:ns:meta/'>" +
+                                    "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n\n</rdf:RDF>\n";
 inline const std::string kIptc = "\x1C\2\x19\0\3sea"s;
 inline const std::string kBlock = resource(0x404, kIptc) + resource(0x40C, thumbnail(9, 8, "jpeg"));
 // Longer than the memory that a text gets at first.
 inline const std::string kText = std::string(5000, 'd') + ",,, , , , , , , 1/250s, R60, G58, B61";
 inline const std::string kIcc = std::string(60, 'p') + "desc\0\0\0\0\0\0\0\5sRGB "s;
-inline const std::string kTiffFile =
-    kTiff.file({kTiff.longEntry(1, 9), {0x8773, 7, 9, "a profile"}});
-inline const std::string kPhoto =
-    kSoi + exifSegment(kTiff.file({Tiff::text(0x110, "Canon EOS 5D")}, kExif, kGps)) +
-    xmpSegment(kXmp) + photoshopSegment(kBlock) + "\xFF\xDA" + std::string(4096, 'x');
+inline const std::string kTiffFile = kTiff.file({kTiff.longEntry(1, 9), {0x8773, 7, 9, "a profile"}});
+inline const std::string kPhoto = kSoi + exifSegment(kTiff.file({Tiff::text(0x110, "Canon EOS 5D")}, kExif, kGps)) +
+                                  xmpSegment(kXmp) + photoshopSegment(kBlock) + "\xFF\xDA" + std::string(4096, 'x');
 // Their offsets count from the directory itself.
 inline const std::string kExifDirectory = kTiff.directory(0, kExif);
 inline const std::string kGpsDirectory = kTiff.directory(0, kGps);
 inline const std::string kStream = kTiffFile + kExifDirectory + kGpsDirectory + kBlock + kText;
 inline const MetadataBuf kMeta = cameraMeta();
 
-inline int size(const std::string& text) {
-  return static_cast<int>(text.size());
-}
+inline int size(const std::string& text) { return static_cast<int>(text.size()); }
 inline int placeOf(const std::string& text, const std::string& inside = kStream) {
   return static_cast<int>(inside.find(text));
 }
@@ -83,14 +79,12 @@ inline const std::vector<Call> kCalls = {
     {"init_exifInfo", 0, 524, [](S, M m) { return init_exifInfo(m); }},
     {"getExifData", 1, 524, [](S s, M m) { return getExifData(s.photo.path(), 1, m); },
      {-1, 1, 1}, {1}, {-1, -2, -3, -10}},
-    {"get_exif_data", 100, 336, [](S s, M m) {
-      return get_exif_data(s.photo.path(), 1, m, m + 240); },
+    {"get_exif_data", 100, 336, [](S s, M m) { return get_exif_data(s.photo.path(), 1, m, m + 240); },
      {kUntouchedWord, 100, 100}, {100}, {kUntouchedWord}},
     {"metadataBufFromExifInfo", kUntouchedWord, 860, [](S, M m) {
       return init_exifInfo(m), metadataBufFromExifInfo(m, m + 524, m + 764); }},
     {"time_from_datetime", 1, 4, [](S, M m) { return time_from_datetime("2023:5:6 7:8:9", 0, m); }},
-    {"get_profile_name", 4, 32, [](S, M m) {
-      return get_profile_name(size(kIcc), bytesAt(kIcc), m); }},
+    {"get_profile_name", 4, 32, [](S, M m) { return get_profile_name(size(kIcc), bytesAt(kIcc), m); }},
     {"parse_exif_data", 1, 524, [](S s, M m) {
       return parse_exif_data(s.at(kExifDirectory), 0, 0x4949, placeOf(kExifDirectory), m); }},
     {"parse_gps_data", 1, 524, [](S s, M m) {
@@ -113,8 +107,7 @@ inline const std::vector<Call> kCalls = {
       return get_settings_from_xmp(1, size(kXmp) + 1, bytesAt(kXmp), nullptr, m); }},
     {"extract_xmp", 1, 301, [](S s, M m) {
       return m.bytes[300] = 0, extract_xmp(s.packet.path(), 300, 4, m); }, {-1}, {1}, {-1, 0}},
-    {"read_xmp", 232, 240, [](S s, M m) { return read_xmp(s.packet.path(), 1, m); },
-     {-1, -4}, {232}, {-1, -2}},
+    {"read_xmp", 232, 240, [](S s, M m) { return read_xmp(s.packet.path(), 1, m); }, {-1, -4}, {232}, {-1, -2}},
     {"lfsettings_occurences_in_xmp", 1, 0, [](S, M) {
       return lfsettings_occurences_in_xmp(size(kXmp) + 1, bytesAt(kXmp)); }},
     {"embed_xmp", 254, 254, [](S, M m) { return embed_xmp(1, 0, nullptr, 1, "EF 50mm", m); }},
@@ -136,12 +129,9 @@ inline const std::vector<Call> kCalls = {
     {"buf2tif", 8, 288, [](S s, M m) {
       const TifImageInfo info{9, 8, 4, 8, 72, 0, size(kIcc), 0, {}, 1};
       return buf2tif(m, &info, 36, bytesAt(kIcc), &kMeta, &kCameraGps, size(kIptc), bytesAt(kIptc),
-                     0, nullptr, size(kXmp), bytesAt(kXmp), s.output.path()); },
-     {-4, -1, -4, -1}, {-2, -3, -12, -12}},
-    {"get_tif_tag", 22, 8, [](S s, M m) { return get_tif_tag(s.at("II*"), 0x8773, m, m + 4); },
-     {}, {}, {-1, -2, -3}},
-    {"update_tif_profile", 77, 0, [](S s, M) {
-      return update_tif_profile(size(kIcc), bytesAt(kIcc), s.output.path()); },
+                     0, nullptr, size(kXmp), bytesAt(kXmp), s.output.path()); }, {-4, -1, -4, -1}, {-2, -3, -12, -12}},
+    {"get_tif_tag", 22, 8, [](S s, M m) { return get_tif_tag(s.at("II*"), 0x8773, m, m + 4); }, {}, {}, {-1, -2, -3}},
+    {"update_tif_profile", 77, 0, [](S s, M) { return update_tif_profile(size(kIcc), bytesAt(kIcc), s.output.path()); },
      {-1, -1, -1}, {77, -2, -2, -2, 77}, {0, -1, -2}, true},
     {"hdrMinMax", 50, 12, [](S, M m) { return hdrMinMax(20, 50, bytesAt(kText), m); }, {-4}},
 };

@@ -69,8 +69,7 @@ FILE* __wrap_fopen(const char* path, const char* mode) {
 
 size_t __real_fread(void*, size_t, size_t, FILE*);
 size_t __wrap_fread(void* to, size_t size, size_t count, FILE* file) {
-  const size_t done =
-      interposed::fails(interposed::kRead) ? 0 : __real_fread(to, size, count, file);
+  const size_t done = interposed::fails(interposed::kRead) ? 0 : __real_fread(to, size, count, file);
   ++interposed::state.reads;
   interposed::state.bytesRead += size * done;
   return done;
@@ -90,9 +89,7 @@ int __wrap_fseeko(FILE* file, off_t offset, int whence) {
 }
 
 int __real_fclose(FILE*);
-int __wrap_fclose(FILE* file) {
-  return __real_fclose(file) | (interposed::fails(interposed::kWrite) ? EOF : 0);
-}
+int __wrap_fclose(FILE* file) { return __real_fclose(file) | (interposed::fails(interposed::kWrite) ? EOF : 0); }
 
 const void* __real_memchr(const void*, int, size_t);
 const void* __wrap_memchr(const void* from, int byte, size_t size) {
@@ -102,7 +99,5 @@ const void* __wrap_memchr(const void* from, int byte, size_t size) {
   return found;
 }
 
-void __sanitizer_cov_trace_pc() {
-  ++interposed::state.steps;
-}
+void __sanitizer_cov_trace_pc() { ++interposed::state.steps; }
 }
