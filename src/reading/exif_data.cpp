@@ -1,9 +1,25 @@
-// A file's path and container type -> ExifInfo: which container, then the walk.
+// A file's path and container type -> ExifInfo: which container, then the walk. And the walk's
+// start in a host's own stream.
 #include <cstring>
 
 #include "base/file.h"
 #include "base/result.h"
 #include "reading/walk.h"
+
+namespace lumenforge {
+
+int readFromStream(std::FILE* stream, int byteOrder, int base, ExifInfo& info,
+                   void (*read)(Walk&, const TiffFrame&, uint64_t)) {
+  if (const auto start = positionOf(stream)) {
+    Window window(stream, *start);
+    Walk walk{window, info};
+    // A negative base wraps, and so does the sum of base and value: the sum is what counts.
+    read(walk, {static_cast<uint64_t>(int64_t{base}), byteOrderOfMark(byteOrder)}, *start);
+  }
+  return kOk;
+}
+
+}  // namespace lumenforge
 
 int init_exifInfo(ExifInfo* info) {
   std::memset(info, 0, sizeof *info);

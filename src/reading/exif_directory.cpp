@@ -5,8 +5,6 @@
 #include <cmath>
 #include <optional>
 
-#include "base/file.h"
-#include "base/result.h"
 #include "reading/walk.h"
 
 namespace lumenforge {
@@ -121,11 +119,5 @@ void readExifDirectory(Walk& walk, const TiffFrame& frame, uint64_t offset) {
 }  // namespace lumenforge
 
 int parse_exif_data(FILE* f, int /*count*/, int byteOrder, int base, ExifInfo* info) {
-  using namespace lumenforge;
-  if (const auto start = positionOf(f)) {
-    Window window(f, *start);
-    Walk walk{window, *info};
-    readExifDirectory(walk, frameOf(byteOrder, base), *start);
-  }
-  return kOk;
+  return lumenforge::readFromStream(f, byteOrder, base, *info, lumenforge::readExifDirectory);
 }

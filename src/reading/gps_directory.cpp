@@ -2,8 +2,6 @@
 #include <algorithm>
 #include <span>
 
-#include "base/file.h"
-#include "base/result.h"
 #include "reading/walk.h"
 
 namespace lumenforge {
@@ -84,11 +82,5 @@ void readGpsDirectory(Walk& walk, const TiffFrame& frame, uint64_t offset) {
 }  // namespace lumenforge
 
 int parse_gps_data(FILE* f, int /*count*/, int byteOrder, int base, ExifInfo* info) {
-  using namespace lumenforge;
-  if (const auto start = positionOf(f)) {
-    Window window(f, *start);
-    Walk walk{window, *info};
-    readGpsDirectory(walk, frameOf(byteOrder, base), *start);
-  }
-  return kOk;
+  return lumenforge::readFromStream(f, byteOrder, base, *info, lumenforge::readGpsDirectory);
 }

@@ -33,10 +33,9 @@ void readGpsDirectory(Walk& walk, const TiffFrame& frame, uint64_t offset);
 // `length` bytes of Photoshop image resources. A result code of parse_photoshop_data.
 int scanPhotoshopBlock(Walk& walk, uint64_t offset, uint32_t length);
 
-// The frame of an exported directory parser, from the host's arguments.
-inline TiffFrame frameOf(int byteOrder, int base) {
-  // A negative base wraps, and so does the sum of base and value: the sum is what counts.
-  return {static_cast<uint64_t>(int64_t{base}), byteOrderOfMark(byteOrder)};
-}
+// An exported directory parser: `read` on a host's stream, from where it stands, with the host's
+// arguments. A stream that cannot tell its position has nothing to read.
+int readFromStream(std::FILE* stream, int byteOrder, int base, ExifInfo& info,
+                   void (*read)(Walk&, const TiffFrame&, uint64_t));
 
 }  // namespace lumenforge
