@@ -19,8 +19,11 @@ void fuzz::check(std::string input) {
   const auto offset = static_cast<int>(meta.iptcOffset);
   const Block iptc(std::string(length, 'Z'));
   const int size = read_iptc(file.path(), iptc.size(), offset, iptc.bytes());
-  require(isOneOf(size, {iptc.size(), 0, -1, -2}));
-  if (size > 0) require(input.compare(meta.iptcOffset, length, iptc.text()) == 0);
+  require(isOneOf(size, {iptc.size(), 0, -2}) || (size == -1 && input.empty()));
+  if (size > 0) {
+    require(meta.iptcOffset + length < input.size());
+    require(input.compare(meta.iptcOffset, length, iptc.text()) == 0);
+  }
   const Block packet = emptyBlock(std::min<int64_t>(meta.xmpLength, std::ssize(input)) + 1);
   require(extract_xmp(file.path(), packet.size() - 1, static_cast<int>(meta.xmpOffset), packet.bytes()) <= 15);
 }

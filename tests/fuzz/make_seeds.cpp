@@ -25,8 +25,9 @@ int main(int, char** arguments) {
                                     {big.fraction(2, 48, 1, 3)}, {big.longEntry(1, 9)});
   std::map<std::string, std::vector<std::string>> seeds = {
       {"image",
-       {"\1"s + kPhoto, "\0"s + tiff, "\0"s + kTiff.file({{0x8649, 1, 99, kBlock}}, kExif, kGps),
-        "\2"s + psd(resource(0x422, tiff) + kBlock)}},
+       {"\1"s + kPhoto, "\0"s + tiff,
+        "\0"s + kTiff.file({Tiff::text(0x110, std::string(70, 'm')), {0x8649, 1, 99, kBlock}}, kExif, kGps),
+        "\0"s + kTiff.file({{0x83BB, 7, 8, kIptc}}), "\2"s + psd(resource(0x422, tiff) + kBlock)}},
       {"directory",
        {"\0\0"s + start + "\0\0"s + kExifDirectory, "\1\0"s + start + "\0\0"s + kGpsDirectory,
         "\2\0\0\0\xFF\0\0\0"s + kBlock}},
@@ -34,13 +35,14 @@ int main(int, char** arguments) {
       {"profile_name", {kIcc}},
       {"iptc", {"\4" + kIptc, "\4", "\0"s + dataset(1, 90, "u") + dataset(2, 0, "ab")}},
       {"tiff_tag", {"\1\0\5"s + kTiffFile}},
-      {"exif_block", {"\6" + numbers(32, {5, 44, 9, 91, 13, 6, 20, 11}) + records()}},
+      {"exif_block", {"\6" + numbers(32, {5, 44, 9, 90, 13, 6, 20, 11}) + records()}},
       {"tiff_file", {tiffFile(2, 0, kXmp), tiffFile(3, 1, ""), tiffFile(0, 3, kXmp + '\0')}},
   };
   for (const int method : {1, 2, 3, 4, 10, 11, 13, 14, 15}) {
     std::string text(9999, ' ');
+    const std::string lens(60 + static_cast<std::size_t>(method), 'L');
     const auto* params = reinterpret_cast<const float*>(settings.data());
-    text.resize(static_cast<std::size_t>(embed_xmp(1, method, params, 1, "L", text.data())));
+    text.resize(static_cast<std::size_t>(embed_xmp(1, method, params, 1, lens.data(), text.data())));
     seeds["settings"].push_back("\0\0\1"s + text);
     seeds["packet"].push_back("\1"s + static_cast<char>(method) + "\0\0"s + settings.substr(0, 120) + "\1L" + kHostXmp);
   }
