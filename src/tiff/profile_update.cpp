@@ -41,11 +41,11 @@ TagLookup findInChain(Window& window, uint64_t offset, int tag) {
   WorkBudget budget;
   while (offset != 0) {
     DirectoryReader directory(window, offset, {0, ByteOrder::little}, budget);
-    if (directory.count() == 0) return {kWrongSignature, {}};
     while (const std::optional<DirectoryEntry> entry = directory.next()) {
       if (entry->tag == tag) return {0, *entry};
     }
     if (!directory.complete()) break;
+    if (directory.count() == 0) return {kWrongSignature, {}};
     offset = Cursor(window, directory.offset(), ByteOrder::little).read32().value_or(0);
   }
   return {kNoSuchTag, {}};
