@@ -1,6 +1,6 @@
 """lfmeta read, run as a user runs it. The judge of what a photograph says is ExifTool. Needs LFMETA,
 the tool to run."""
-import json, os, pathlib, shutil, subprocess, tempfile, unittest
+import json, os, pathlib, pty, shutil, subprocess, tempfile, unittest
 
 LFMETA = os.environ["LFMETA"]
 PHOTO = pathlib.Path(__file__).resolve().parent.parent / "examples" / "photo.jpg"
@@ -50,16 +50,21 @@ class ToolRead(unittest.TestCase):
         (self.folder / "c.jpg").write_bytes(PHOTO.read_bytes()[:3000])
         (self.folder / "sub").mkdir()
         shutil.copy(PHOTO, self.folder / "sub" / "bad\x1b\n.jpg")
-        named = [self.folder / name for name in ["c.jpg", "a.txt", "b.jpg", "missing", "sub"]]
+        os.mkfifo(self.folder / "pipe")
+        named = [self.folder / name
+                 for name in ["c.jpg", "a.txt", "b.jpg", "missing", "pipe", "sub"]]
         status, out, err = run(LFMETA, "read", "--json", "-j", 4, *named)
         self.assertEqual(status, 1)
-        self.assertEqual([json.loads(line)["file"] for line in out.splitlines()], [str(named[1])])
+        told = [json.loads(line) for line in out.splitlines()]  # what had been read of c.jpg, too
+        self.assertEqual([(t["file"], t["iso"], t["damage"] is None) for t in told],
+                         [(str(named[0]), 100, False), (str(named[1]), 100, True)])
         lines = err.splitlines()
-        for line, name, text in zip(lines, ["sub", "c.jpg", "b.jpg", "missing"],
-                                    ["-r", "ends before", "no JPEG, TIFF or PSD", "No such file"]):
+        for line, name, text in zip(lines, ["c.jpg", "b.jpg", "missing", "pipe", "sub"],
+                                    ["ends before", "no JPEG, TIFF or PSD", "No such file",
+                                     "not a regular file", "-r"]):
             self.assertIn(name, line)
             self.assertIn(text, line)
-        self.assertEqual(len(lines), 4, err)
+        self.assertEqual(len(lines), 5, err)
         (self.folder / "c.jpg").unlink()
         status, out, err = run(LFMETA, "read", "-r", "--json", self.folder)
         self.assertEqual((status, err, out.count(b"\n")), (0, "", 2))
@@ -68,6 +73,36 @@ class ToolRead(unittest.TestCase):
             files = [json.loads(line)["file"] for line in out.splitlines()]
             self.assertEqual(files, [str(PHOTO), str(named[1])] * 300)
         self.assertNotIn(b"\x1b", run(LFMETA, "read", "-r", self.folder)[1])
+
+    def test_shows_what_is_broken_as_far_as_it_means_something(self):
+        broken = self.folder / "broken.jpg"
+        photo = PHOTO.read_bytes()
+        for whole, part in [(b"Alpenglow M2", b"\x1b]0;\xff\xc2\x9bM2!\n\0"),
+                            (b"\0\0\0\x32" + b"\0\0\0\1", b"\0\0\0\x32" + b"\0\0\0\0"),
+                            (b"\0\0\x0c\xce", b"\x7f\0\x0c\xce")]:
+            self.assertEqual(photo.count(whole), 1, whole)
+            photo = photo.replace(whole, part)
+        broken.write_bytes(photo)
+        status, out, _ = run(LFMETA, "read", "--json", "--thumbnail", self.folder, broken)
+        told = json.loads(out)
+        self.assertEqual((status, told["thumbLength"], os.listdir(self.folder)),
+                         (1, 0x7F000CCE, ["broken.jpg"]))
+        self.assertEqual((told["gps"]["latitude"], told["gps"]["gpsLatitude"][:2]), (None, [50, 0]))
+        self.assertEqual(told["model"], "\x1b]0;\ufffd\x9bM2!\n")
+        person = run(LFMETA, "read", broken)[1]
+        self.assertIn(b"Camera       ?]0;\xff??M2!?,", person)
+        self.assertIn(b"Position     214.5 m", person)
+
+    def test_shows_progress_where_a_person_waits(self):
+        terminal, far = pty.openpty()
+        subprocess.run([LFMETA, "read", *[PHOTO] * 301], stdout=subprocess.DEVNULL, stderr=far)
+        os.close(far)
+        shown = b""
+        with self.assertRaises(OSError):  # the terminal's end
+            while True:
+                shown += os.read(terminal, 4096)
+        os.close(terminal)
+        self.assertEqual(shown, b"\r128 of 301 files\r256 of 301 files\r\x1b[K")
 
     def test_writes_thumbnails_and_no_file_over_another(self):
         thumbnail = run("exiftool", "-b", "-ThumbnailImage", PHOTO)[1]

@@ -1,4 +1,7 @@
 // lfmeta: the library at the command line.
+#include <unistd.h>
+
+#include <array>
 #include <cstdio>
 #include <exception>
 
@@ -32,6 +35,10 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  static std::array<char, 65536> buffer;
+  if (isatty(STDOUT_FILENO) == 0) {
+    std::setvbuf(stdout, buffer.data(), _IOFBF, buffer.size());
+  }
   int exitStatus = kFailure;
   try {
     exitStatus = run(argc, argv);

@@ -1,5 +1,11 @@
 #include "photo_source.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <span>
+#include <system_error>
+
 #include "failure.h"
 #include "photo_description.h"
 
@@ -15,20 +21,54 @@ Bytes iptcOf(const std::string& path, const ExifInfo& info) {
   return !block.empty() && block.front() == 0x1C ? block : Bytes();
 }
 
+void refuseUnlessRegular(const std::string& path) {
+  std::error_code unknown;
+  const auto type = std::filesystem::status(path, unknown).type();
+  if (type == std::filesystem::file_type::directory) {
+    throw Failure(path, "is a folder; read -r reads what is below it");
+  }
+  if (type != std::filesystem::file_type::not_found && type != std::filesystem::file_type::none &&
+      type != std::filesystem::file_type::regular) {
+    throw Failure(path, "is not a regular file");
+  }
+}
+
+int read(const std::string& path, PhotoRecord& photo) {
+  return getExifData(path.c_str(), static_cast<int>(photo.type), &photo.info);
+}
+
+// The library clears every byte before it reads.
+bool isBlank(const ExifInfo& info) {
+  const auto bytes = std::as_bytes(std::span(&info, 1));
+  return std::all_of(bytes.begin(), bytes.end(), [](std::byte b) { return b == std::byte{0}; });
+}
+
 }  // namespace
 
-PhotoRecord readPhotoRecord(const std::string& path) {
-  const std::optional<PhotoType> type = findPhotoType(path);
-  if (!type) {
-    readRegion(path, 0, 0);  // a file that cannot be opened says so itself
-    throw Failure(path, "is no JPEG, TIFF or PSD image");
-  }
-  PhotoRecord photo{.type = *type};
-  const int result = getExifData(path.c_str(), static_cast<int>(*type), &photo.info);
+std::optional<PhotoRecord> readPhotoRecord(const std::string& path) {
+  refuseUnlessRegular(path);
+  // Most photographs are JPEGs, and reading a file as one begins with the signature: only when that
+  // fails is the file opened again for its first bytes.
+  PhotoRecord photo{.type = PhotoType::jpeg};
+  int result = read(path, photo);
   if (result < 0) {
-    throw Failure(path, readingFailure(*type, result));
+    const std::optional<PhotoType> type = findPhotoType(path);
+    if (!type) {
+      readRegion(path, 0, 0);  // a file that cannot be opened says so itself
+      return std::nullopt;
+    }
+    if (*type != photo.type) {
+      photo.type = *type;
+      result = read(path, photo);
+    }
   }
-  if (*type == PhotoType::tiff && photo.info.exposureTime == 0) {
+  if (result < 0) {
+    photo.damage = readingFailure(photo.type, result);
+    if (isBlank(photo.info)) {
+      throw Failure(path, photo.damage);
+    }
+  }
+  if (photo.type == PhotoType::tiff && photo.info.exposureTime == 0) {
     readDescribedExposure(path, photo.info);
   }
   return photo;
@@ -42,8 +82,11 @@ Bytes xmpOf(const std::string& path, const PhotoRecord& photo) {
 }
 
 PhotoSource readPhotoSource(const std::string& path) {
-  const PhotoRecord photo = readPhotoRecord(path);
-  return {photo.info, iptcOf(path, photo.info), xmpOf(path, photo)};
+  const std::optional<PhotoRecord> photo = readPhotoRecord(path);
+  if (!photo || photo->damage != nullptr) {
+    throw Failure(path, photo ? photo->damage : kNoPhoto);
+  }
+  return {photo->info, iptcOf(path, photo->info), xmpOf(path, *photo)};
 }
 
 void exportRecords(const ExifInfo& info, MetadataBuf& meta, GpsBuf& gps) {

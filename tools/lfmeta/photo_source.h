@@ -4,6 +4,7 @@
 
 #include <LumenforgeMetaLib.h>
 
+#include <optional>
 #include <string>
 
 #include "photo_type.h"
@@ -12,10 +13,14 @@
 struct PhotoRecord {
   PhotoType type;
   ExifInfo info{};
+  const char* damage = nullptr;  // what ended the reading early, after `info` had been filled
 };
 
-// The record alone. Throws Failure when the file is no JPEG, TIFF or PSD image or cannot be read.
-PhotoRecord readPhotoRecord(const std::string& path);
+// The record alone; none when the file is no JPEG, TIFF or PSD image. Throws Failure when nothing
+// can be read from it. Never waits for a pipe or a terminal.
+std::optional<PhotoRecord> readPhotoRecord(const std::string& path);
+
+inline constexpr const char* kNoPhoto = "is no JPEG, TIFF or PSD image";
 
 // The XMP packet that the record points at; empty when there is none.
 Bytes xmpOf(const std::string& path, const PhotoRecord& photo);
@@ -26,7 +31,7 @@ struct PhotoSource {
   Bytes xmp;
 };
 
-// The record and its blocks. Throws as readPhotoRecord does.
+// The record and its blocks. Throws Failure also for a file that is no image or is damaged.
 PhotoSource readPhotoSource(const std::string& path);
 
 // The records that the host keeps of it.

@@ -8,12 +8,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 #include "commands.h"
 #include "failure.h"
-#include "photo_type.h"
 #include "read_report.h"
 #include "report.h"
 #include "thumbnail.h"
@@ -22,67 +22,80 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr std::size_t kStretch = 128;  // files whose reports are held at a time
+
 struct Options {
   std::vector<std::string> paths;
   bool recursive = false;
   bool json = false;
   std::string thumbnails;
-  unsigned jobs = 1;
+  unsigned jobs = std::max(1U, std::thread::hardware_concurrency());
 };
 
-// The photographs below a folder, in the order of their paths. Other files there are no failures.
-std::vector<std::string> photosBelow(const std::string& folder) {
-  std::vector<std::string> photos;
+struct File {
+  std::string path;
+  bool named;  // on the command line; a file found below a folder need not be a photograph
+};
+
+// The files below a folder, in the order of their paths.
+std::vector<std::string> filesBelow(const std::string& folder) {
+  std::vector<std::string> files;
   std::error_code error;
   for (fs::recursive_directory_iterator
            at(folder, fs::directory_options::skip_permission_denied, error),
        end;
        !error && at != end; at.increment(error)) {
     std::error_code unknown;
-    if (at->is_regular_file(unknown) && findPhotoType(at->path().string())) {
-      photos.push_back(at->path().string());
+    if (at->is_regular_file(unknown)) {
+      files.push_back(at->path().string());
     }
   }
   if (error) {
     throw Failure(folder, "cannot be listed: " + error.message());
   }
-  std::sort(photos.begin(), photos.end());
-  return photos;
+  std::sort(files.begin(), files.end());
+  return files;
 }
 
 // The files named, folders replaced by what is below them.
-int collect(const Options& options, std::vector<std::string>& files) {
+int collect(const Options& options, std::vector<File>& files) {
   int status = kSuccess;
   for (const std::string& path : options.paths) {
     std::error_code unknown;
-    if (!fs::is_directory(path, unknown)) {
-      files.push_back(path);
+    if (!options.recursive || !fs::is_directory(path, unknown)) {
+      files.push_back({path, true});
       continue;
     }
     status = std::max(status, runReportingFailure([&] {
-                        if (!options.recursive) {
-                          throw Failure(path, "is a folder; add -r to read what is below it");
+                        for (std::string& below : filesBelow(path)) {
+                          files.push_back({std::move(below), false});
                         }
-                        const std::vector<std::string> below = photosBelow(path);
-                        files.insert(files.end(), below.begin(), below.end());
                       }));
   }
   return status;
 }
 
-// What has become of one file.
+// What has become of one file: nothing of a file below a folder that is no photograph.
 struct Outcome {
   std::optional<PhotoReport> report;
   std::string text;
   std::optional<Failure> failure;
 };
 
-Outcome readOne(const std::string& path, bool json) {
+Outcome readOne(const File& file, bool json) {
+  const std::string& path = file.path;
   Outcome outcome;
   try {
     outcome.report = readPhotoReport(path);
-    outcome.text =
-        json ? describeAsJson(path, *outcome.report) : describeForPerson(path, *outcome.report);
+    if (outcome.report) {
+      outcome.text =
+          json ? describeAsJson(path, *outcome.report) : describeForPerson(path, *outcome.report);
+      if (const char* damage = outcome.report->record.damage) {
+        outcome.failure = Failure(path, damage);
+      }
+    } else if (file.named) {
+      outcome.failure = Failure(path, kNoPhoto);
+    }
   } catch (const Failure& failure) {
     outcome.failure = failure;
   } catch (const std::exception& error) {
@@ -106,14 +119,13 @@ class Progress {
     }
   }
   void show(std::size_t done) const {
-    if (shown_ && done % kStep == 0) {
+    if (shown_ && done % kStretch == 0) {
       std::fprintf(stderr, "\r%zu of %zu files", done, total_);
     }
   }
 
  private:
   static constexpr std::size_t kManyFiles = 300;
-  static constexpr std::size_t kStep = 50;
   std::size_t total_;
   bool shown_;
 };
@@ -121,8 +133,7 @@ class Progress {
 // Reads all files with the given number of threads, a stretch of files at a time so that memory
 // does not grow with their number, and hands the outcomes on in the order of the files.
 template <typename Take>
-void readAll(const std::vector<std::string>& files, const Options& options, const Take& take) {
-  constexpr std::size_t kStretch = 256;
+void readAll(const std::vector<File>& files, const Options& options, const Take& take) {
   std::vector<Outcome> outcomes(std::min(files.size(), kStretch));
   for (std::size_t first = 0; first < files.size(); first += kStretch) {
     const std::size_t count = std::min(kStretch, files.size() - first);
@@ -132,13 +143,16 @@ void readAll(const std::vector<std::string>& files, const Options& options, cons
         outcomes[i] = readOne(files[first + i], options.json);
       }
     };
-    std::vector<std::thread> helpers;
-    for (unsigned i = 1; i < std::min<std::size_t>(options.jobs, count); ++i) {
-      helpers.emplace_back(work);
-    }
-    work();
-    for (std::thread& helper : helpers) {
-      helper.join();
+    {
+      std::vector<std::jthread> helpers;
+      try {
+        while (helpers.size() + 1 < std::min<std::size_t>(options.jobs, count)) {
+          helpers.emplace_back(work);
+        }
+      } catch (const std::system_error&) {
+        // No more threads are to be had; those that there are do the work.
+      }
+      work();
     }
     for (std::size_t i = 0; i < count; ++i) {
       take(first + i, outcomes[i]);
@@ -146,21 +160,24 @@ void readAll(const std::vector<std::string>& files, const Options& options, cons
   }
 }
 
+void report(const Outcome& outcome, const std::string& path, const std::string& thumbnails) {
+  std::fwrite(outcome.text.data(), 1, outcome.text.size(), stdout);
+  if (outcome.report && !thumbnails.empty()) {
+    writeThumbnail(thumbnails, path, outcome.report->record);
+  }
+  if (outcome.failure) {
+    throw Failure(*outcome.failure);
+  }
+}
+
 int readPhotos(const Options& options) {
-  std::vector<std::string> files;
+  std::vector<File> files;
   int status = collect(options, files);
   const Progress progress(files.size());
   readAll(files, options, [&](std::size_t index, const Outcome& outcome) {
-    progress.show(index);
-    status = std::max(status, runReportingFailure([&] {
-                        if (outcome.failure) {
-                          throw Failure(*outcome.failure);
-                        }
-                        std::fwrite(outcome.text.data(), 1, outcome.text.size(), stdout);
-                        if (!options.thumbnails.empty()) {
-                          writeThumbnail(options.thumbnails, files[index], outcome.report->record);
-                        }
-                      }));
+    status = std::max(status, runReportingFailure(
+                                  [&] { report(outcome, files[index].path, options.thumbnails); }));
+    progress.show(index + 1);
   });
   return status;
 }
@@ -178,7 +195,7 @@ void addReadCommand(CLI::App& app, int& exitStatus) {
   command->add_option("--thumbnail", options->thumbnails, "Write embedded thumbnails into DIR")
       ->type_name("DIR")
       ->check(CLI::ExistingDirectory);
-  command->add_option("-j,--jobs", options->jobs, "Files read at the same time (1)")
+  command->add_option("-j,--jobs", options->jobs, "Files read at the same time (one a processor)")
       ->type_name("N")
       ->check(CLI::Range(1U, 256U));
   command->callback([options, &exitStatus] { exitStatus = readPhotos(*options); });

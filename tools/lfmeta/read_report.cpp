@@ -1,11 +1,12 @@
 #include "read_report.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <optional>
 #include <span>
+#include <string_view>
+#include <vector>
 
 #include "report.h"
 #include "settings_vocabulary.h"
@@ -15,13 +16,37 @@ namespace {
 constexpr int kMethodSelector = -1;
 constexpr int kLensSelector = 100;
 
-__attribute__((format(printf, 1, 2))) std::string format(const char* pattern, ...) {
-  std::array<char, 256> text{};
-  va_list arguments;
-  va_start(arguments, pattern);
-  std::vsnprintf(text.data(), text.size(), pattern, arguments);
-  va_end(arguments);
-  return text.data();
+std::string concat(std::initializer_list<std::string_view> parts) {
+  std::string all;
+  for (const std::string_view part : parts) {
+    all += part;
+  }
+  return all;
+}
+
+// Six digits say more than any of these numbers was measured to.
+std::string number(double value, int digits = 6) {
+  std::array<char, 32> text{};
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                 std::chars_format::general, digits);
+  return {text.data(), end.ptr};
+}
+
+// A hundred-thousandth of a degree is a metre.
+std::string degreesText(double value) {
+  std::array<char, 32> text{};
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6);
+  return {text.data(), end.ptr};
+}
+
+std::string number(std::uint32_t value) {
+  return std::to_string(value);
+}
+
+// A quotient of 32-bit numbers, without what follows the point.
+std::string twoDigits(double value) {
+  return concat({value < 10 ? "0" : "", number(static_cast<std::uint32_t>(value))});
 }
 
 // Numerator over denominator; none for a denominator of 0.
@@ -61,9 +86,9 @@ Position positionOf(const ExifInfo& info) {
 
 std::string exposureText(float seconds) {
   if (seconds >= 0.3F) {
-    return format("%g s", static_cast<double>(seconds));
+    return concat({number(seconds), " s"});
   }
-  return format("1/%g s", std::round(1.0 / static_cast<double>(seconds)));
+  return concat({"1/", number(std::round(1.0 / static_cast<double>(seconds))), " s"});
 }
 
 // Lines of a label and what is known; a label without anything is left out.
@@ -71,24 +96,34 @@ class Lines {
  public:
   explicit Lines(const std::string& title) : text_(printable(title) + "\n") {}
 
-  void add(const char* label, std::initializer_list<std::string> parts) {
-    std::string line;
-    for (const std::string& part : parts) {
-      line.append(part.empty() || line.empty() ? "" : ", ").append(part);
+  void add(std::string_view label, std::initializer_list<std::string_view> parts) {
+    bool begun = false;
+    for (const std::string_view part : parts) {
+      if (part.empty()) {
+        continue;
+      }
+      if (begun) {
+        text_ += ", ";
+      } else {
+        text_.append("  ").append(label).append(kLabelWidth - label.size(), ' ');
+        begun = true;
+      }
+      text_ += part;
     }
-    if (!line.empty()) {
-      text_ += format("  %-13s", label) + line + "\n";
+    if (begun) {
+      text_ += '\n';
     }
   }
 
   const std::string& text() const { return text_; }
 
  private:
+  static constexpr std::size_t kLabelWidth = 13;
   std::string text_;
 };
 
 std::string block(std::uint32_t length, std::uint32_t offset) {
-  return length == 0 ? "" : format("%u bytes at %u", length, offset);
+  return length == 0 ? "" : concat({number(length), " bytes at ", number(offset)});
 }
 
 std::string orientationText(std::uint32_t orientation) {
@@ -101,24 +136,25 @@ std::string orientationText(std::uint32_t orientation) {
                               "mirrored, turned right",
                               "turned left"};
   if (orientation < 1 || orientation > kNames.size()) {
-    return orientation == 0 ? "" : format("%u", orientation);
+    return orientation == 0 ? "" : number(orientation);
   }
-  return format("%u (%s)", orientation, kNames[orientation - 1]);
+  return concat({number(orientation), " (", kNames[orientation - 1], ")"});
 }
 
 std::string timeStampText(const ExifInfo& info) {
   std::string time(textOf(info.gpsDateStamp));
   const auto hours = quotient(info.gpsTimeStamp);
   if (hours) {
-    time += format("%s%02.0f:%02.0f:%02.0f UTC", time.empty() ? "" : " ", *hours,
-                   quotient(info.gpsTimeStamp + 2).value_or(0),
-                   std::floor(quotient(info.gpsTimeStamp + 4).value_or(0)));
+    time = concat({time, time.empty() ? "" : " ", twoDigits(*hours), ":",
+                   twoDigits(quotient(info.gpsTimeStamp + 2).value_or(0)), ":",
+                   twoDigits(quotient(info.gpsTimeStamp + 4).value_or(0)), " UTC"});
   }
   return printable(time);
 }
 
 std::string methodName(int method) {
-  for (const Method& known : namedMethods()) {
+  static const std::vector<Method> methods = namedMethods();
+  for (const Method& known : methods) {
     if (known.number == method) {
       return known.name;
     }
@@ -127,23 +163,33 @@ std::string methodName(int method) {
 }
 
 void addExposure(Lines& lines, const ExifInfo& info) {
-  lines.add("Exposure",
-            {info.exposureTime > 0 ? exposureText(info.exposureTime) : "",
-             info.fNumber > 0 ? format("f/%.3g", static_cast<double>(info.fNumber)) : "",
-             info.iso > 0 ? format("ISO %u", info.iso) : "",
-             info.valueSource == 2 ? "from the image description" : ""});
+  lines.add("Exposure", {info.exposureTime > 0 ? exposureText(info.exposureTime) : "",
+                         info.fNumber > 0 ? concat({"f/", number(info.fNumber, 3)}) : "",
+                         info.iso > 0 ? concat({"ISO ", number(info.iso)}) : "",
+                         info.valueSource == 2 ? "from the image description" : ""});
   lines.add("Focal length",
-            {info.focalLength > 0 ? format("%g mm", static_cast<double>(info.focalLength)) : "",
-             info.focalLength35mm > 0 ? format("%u mm on 35 mm film", info.focalLength35mm) : ""});
+            {info.focalLength > 0 ? concat({number(info.focalLength), " mm"}) : "",
+             info.focalLength35mm > 0 ? concat({number(info.focalLength35mm), " mm on 35 mm film"})
+                                      : ""});
 }
 
 void addPosition(Lines& lines, const ExifInfo& info) {
   const Position position = positionOf(info);
-  lines.add("Position",
-            {position.latitude && position.longitude
-                 ? format("%.6f, %.6f", *position.latitude, *position.longitude)
-                 : "",
-             position.altitude ? format("%g m", *position.altitude) : "", timeStampText(info)});
+  lines.add(
+      "Position",
+      {position.latitude && position.longitude
+           ? concat({degreesText(*position.latitude), ", ", degreesText(*position.longitude)})
+           : "",
+       position.altitude ? concat({number(*position.altitude), " m"}) : "", timeStampText(info)});
+}
+
+void addBlocks(Lines& lines, const ExifInfo& info) {
+  lines.add("Thumbnail", {block(info.thumbLength, info.thumbOffset),
+                          info.thumbWidth > 0 ? concat({number(info.thumbWidth), " x ",
+                                                        number(info.thumbHeight), " pixels"})
+                                              : ""});
+  lines.add("IPTC", {block(info.iptcLength, info.iptcOffset)});
+  lines.add("XMP", {block(info.xmpLength, info.xmpOffset)});
 }
 
 Json numbers(std::span<const std::uint32_t> words) {
@@ -186,16 +232,22 @@ Json fractionsJson(const ExifInfo& info) {
 
 }  // namespace
 
-PhotoReport readPhotoReport(const std::string& path) {
-  PhotoReport report{.record = readPhotoRecord(path), .method = 0, .lens = ""};
-  report.lens = textOf(report.record.info.lens);
-  Bytes xmp = xmpOf(path, report.record);
+std::optional<PhotoReport> readPhotoReport(const std::string& path) {
+  const std::optional<PhotoRecord> record = readPhotoRecord(path);
+  if (!record) {
+    return std::nullopt;
+  }
+  PhotoReport report{
+      .record = *record, .method = 0, .lens = std::string(textOf(record->info.lens))};
+  Bytes xmp = xmpOf(path, *record);
   if (!xmp.empty()) {
     xmp.push_back('\0');
     const int length = static_cast<int>(xmp.size());
-    std::array<char, 64> lens{};
-    get_settings_from_xmp(kLensSelector, length, xmp.data(), lens.data(), nullptr);
-    report.lens = lens.data();
+    if (report.lens.empty()) {  // the library looks for it in JPEGs only
+      std::array<char, 64> lens{};
+      get_settings_from_xmp(kLensSelector, length, xmp.data(), lens.data(), nullptr);
+      report.lens = lens.data();
+    }
     report.method =
         std::max(get_settings_from_xmp(kMethodSelector, length, xmp.data(), nullptr, nullptr), 0);
   }
@@ -204,21 +256,16 @@ PhotoReport readPhotoReport(const std::string& path) {
 
 std::string describeForPerson(const std::string& path, const PhotoReport& report) {
   const ExifInfo& info = report.record.info;
-  Lines lines(path + " (" + nameOf(report.record.type) + ")");
+  Lines lines(concat({path, " (", nameOf(report.record.type), ")"}));
   lines.add("Camera", {printable(textOf(info.model)), printable(report.lens)});
   addExposure(lines, info);
   lines.add("Taken", {printable(textOf(info.dateTimeOriginal))});
   lines.add("Orientation", {orientationText(info.orientation)});
   addPosition(lines, info);
-  lines.add(
-      "Thumbnail",
-      {block(info.thumbLength, info.thumbOffset),
-       info.thumbWidth > 0 ? format("%u x %u pixels", info.thumbWidth, info.thumbHeight) : ""});
-  lines.add("IPTC", {block(info.iptcLength, info.iptcOffset)});
-  lines.add("XMP", {block(info.xmpLength, info.xmpOffset)});
-  lines.add(
-      "Settings",
-      {report.method > 0 ? methodName(report.method) + format(" (method %d)", report.method) : ""});
+  addBlocks(lines, info);
+  lines.add("Settings", {report.method > 0 ? concat({methodName(report.method), " (method ",
+                                                     std::to_string(report.method), ")"})
+                                           : ""});
   return lines.text();
 }
 
@@ -226,6 +273,7 @@ std::string describeAsJson(const std::string& path, const PhotoReport& report) {
   const ExifInfo& info = report.record.info;
   Json json{{"file", path},
             {"type", nameOf(report.record.type)},
+            {"damage", report.record.damage == nullptr ? Json() : Json(report.record.damage)},
             {"model", std::string(textOf(info.model))},
             {"lens", report.lens},
             {"dateTimeOriginal", std::string(textOf(info.dateTimeOriginal))},

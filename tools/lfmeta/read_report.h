@@ -11,8 +11,8 @@ struct PhotoReport {
   std::string lens;
 };
 
-// Throws Failure when the file cannot be read.
-PhotoReport readPhotoReport(const std::string& path);
+// None, or a Failure thrown, as readPhotoRecord has it.
+std::optional<PhotoReport> readPhotoReport(const std::string& path);
 
 // A block of indented lines under the file's name, grouped; what is not known is left out.
 std::string describeForPerson(const std::string& path, const PhotoReport& report);

@@ -13,11 +13,17 @@ void fail(std::string_view file, std::string_view message) {
 
 std::string printable(std::string_view text) {
   std::string out(text);
-  for (char& c : out) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F) {
-      c = '?';
+  unsigned char before = 0;
+  for (std::size_t i = 0; i < out.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(out[i]);
+    const bool secondSet = before == 0xC2 && byte >= 0x80 && byte < 0xA0;  // U+0080 to U+009F
+    if (secondSet) {
+      out[i - 1] = '?';
     }
+    if (secondSet || byte < 0x20 || byte == 0x7F) {
+      out[i] = '?';
+    }
+    before = byte;
   }
   return out;
 }
