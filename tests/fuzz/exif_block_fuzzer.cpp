@@ -14,7 +14,7 @@ static std::string write(const Sizes& s, int orientation, const MetadataBuf& met
   int64_t size = part(s.makeLength, s.makeLength) + part(s.modelLength, s.modelLength) +
                  directory(s.exifCount, s.exifDataSize) + directory(s.gpsCount, s.gpsDataSize);
   size = size == 0 || size + 26 > INT32_MAX ? -1 : size + 26;
-  if (size > 1 << 20) return "";  // nothing new for its time
+  if (size > 1 << 16) return "";  // nothing new for its time
   const Block out = emptyBlock(std::max<int64_t>(size, 0));
   require(write_exif_buf(s.exifCount, s.exifDataSize, s.gpsCount, s.gpsDataSize, s.modelLength, s.makeLength,
                          s.dateLength, s.gpsDateLength, orientation, &meta, &gps, make.chars(), out.bytes()) == size);
