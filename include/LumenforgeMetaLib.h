@@ -495,10 +495,10 @@ LUMENFORGE_API int write_xmp(const char* path, int method, const float* params);
  *
  * `method`: at least 1. A number without a name inserts the common elements only.
  * `xmpLength`: bytes of the packet. A NUL counted in it moves with the tail and stays last.
- * `insertLength`: the size; the text behind the insertion point moves up by it. No more of the block
- * is written than fits, should a set number of three digits or a smaller size be given; a larger
- * one leaves the bytes between as they were.
- * `xmp`: `xmpLength` + `insertLength` bytes; nothing behind them is touched.
+ * `insertLength`: the size; the text behind the insertion point moves up by it. No more of the
+ * block is written than fits, should a set number of three digits or a smaller size be given; a
+ * larger one leaves the bytes between as they were. `xmp`: `xmpLength` + `insertLength` bytes;
+ * nothing behind them is touched.
  *
  * Returns the block's size, or with the packet unchanged
  *           -5  `method` is below 1, in either call
@@ -667,8 +667,8 @@ LUMENFORGE_API int update_tif_profile(int size, const unsigned char* profile, co
  * Measures the brightness of an HDR image in shared-exponent form (red, green, blue mantissas and
  * one exponent, 8 bits each).
  *
- * `data`: `height` rows of 4 x `width` bytes without gaps. A row holds four planes of `width` bytes:
- * red, green, blue, exponent. Only read; not touched when `width` or `height` is 0 or less.
+ * `data`: `height` rows of 4 x `width` bytes without gaps. A row holds four planes of `width`
+ * bytes: red, green, blue, exponent. Only read; not touched when `width` or `height` is 0 or less.
  *
  * The brightness of a pixel is m x 2^(exponent - 128) in single precision, m = (19 red + 183 green
  * + 54 blue) / 256, rounded down to an integer. A pixel of exponent 0 counts for nothing, one with

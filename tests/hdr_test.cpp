@@ -26,8 +26,8 @@ struct Image {
 };
 
 std::array<uint64_t, 4> bitsOf(const Brightness& b) {
-  return {std::bit_cast<uint32_t>(b.minimum), std::bit_cast<uint32_t>(b.maximum),
-          std::bit_cast<uint64_t>(b.sum), b.count};
+  return {std::bit_cast<uint32_t>(b.minimum), std::bit_cast<uint32_t>(b.maximum), std::bit_cast<uint64_t>(b.sum),
+          b.count};
 }
 
 void expectSameBits(const Image& image, int lowestExponent) {
@@ -40,11 +40,10 @@ void expectSameBits(const Image& image, int lowestExponent) {
   }
   for (const bool isAvx2 : {false, true}) {
     if (isAvx2 && !__builtin_cpu_supports("avx2")) continue;
-    const auto measured = measureImage(int(image.width), int(image.height), image.bytes.data(),
-                                       powers.data(), isAvx2 ? blockTotalsAvx2 : blockTotalsSse2);
+    const auto measured = measureImage(int(image.width), int(image.height), image.bytes.data(), powers.data(),
+                                       isAvx2 ? blockTotalsAvx2 : blockTotalsSse2);
     ASSERT_EQ(bitsOf(measured), bitsOf(inOrder))
-        << "width " << image.width << ", exponents from " << lowestExponent
-        << (isAvx2 ? ", AVX2" : ", SSE2");
+        << "width " << image.width << ", exponents from " << lowestExponent << (isAvx2 ? ", AVX2" : ", SSE2");
   }
 }
 
@@ -61,17 +60,14 @@ TEST(HdrMinMax, MeasuresKnownPixels) {
   using Result = std::array<float, 3>;
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
   EXPECT_EQ(measureRow({{255, 255, 255, 0}, {1, 2, 3, 0}}), (Result{1e11F, 0, 0}));
-  EXPECT_EQ(measureRow({{255, 0, 0, 128}, {0, 255, 0, 129}, {0, 0, 255, 128}}),
-            (Result{18, 364, 145}));
+  EXPECT_EQ(measureRow({{255, 0, 0, 128}, {0, 255, 0, 129}, {0, 0, 255, 128}}), (Result{18, 364, 145}));
   EXPECT_EQ(measureRow({{128, 64, 10, 128}, {130, 64, 11, 128}}), (Result{57, 57, 57}));
   EXPECT_EQ(measureRow({{0, 0, 0, 200}, {255, 255, 255, 129}}), (Result{510, 510, 255}));
   EXPECT_EQ(measureRow({{0, 0, 0, 200}, {1, 0, 0, 255}}), (Result{1e11F, 0, 0}));
   EXPECT_EQ(measureRow({{14, 0, 0, 1}}), (Result{0x1p-127F, 0x1p-127F, 0x1p-127F}));
   EXPECT_EQ(measureRow({{14, 0, 0, 255}}), (Result{1e11F, 0x1p127F, 0x1p127F}));
-  EXPECT_EQ(measureRow({{27, 0, 0, 255}, {255, 255, 255, 128}}),
-            (Result{255, kInfinity, kInfinity}));
-  for (const auto& [width, height, returned] :
-       {std::array{0, 3, 3}, {-4, 3, 3}, {4, 0, 0}, {4, -1, 0}}) {
+  EXPECT_EQ(measureRow({{27, 0, 0, 255}, {255, 255, 255, 128}}), (Result{255, kInfinity, kInfinity}));
+  for (const auto& [width, height, returned] : {std::array{0, 3, 3}, {-4, 3, 3}, {4, 0, 0}, {4, -1, 0}}) {
     Result result;
     EXPECT_EQ(hdrMinMax(width, height, nullptr, result.data()), returned);
     EXPECT_EQ(result, (Result{1e11F, 0, 0}));
@@ -86,9 +82,8 @@ TEST(HdrMinMax, GivesTheBitsOfTheDefinition) {
   // Lowest exponent, how many of them, and how far the range may move from row to row: ordinary
   // images, the widest that are integers and one wider, the lowest and the highest exponents, all
   // of them, rows in which the sum outgrows the unit.
-  const std::array<size_t, 3> kinds[] = {{120, 12, 1}, {100, 24, 1}, {100, 25, 1}, {1, 8, 1},
-                                         {224, 24, 1}, {225, 24, 1}, {240, 16, 1}, {0, 256, 1},
-                                         {110, 5, 10}, {60, 11, 61}};
+  const std::array<size_t, 3> kinds[] = {{120, 12, 1}, {100, 24, 1}, {100, 25, 1}, {1, 8, 1},    {224, 24, 1},
+                                         {225, 24, 1}, {240, 16, 1}, {0, 256, 1},  {110, 5, 10}, {60, 11, 61}};
   for (const auto& [lowest, count, drift] : kinds) {
     for (size_t width = 0; width <= 2100; width += width <= 130 ? 1 : 197) {
       Image image{width, 6};

@@ -21,9 +21,7 @@ ExifInfo record(float exposureTime = kOldTime, uint32_t iso = 7, int valueSource
   return info;
 }
 
-std::string_view bytesOf(const ExifInfo& info) {
-  return {reinterpret_cast<const char*>(&info), sizeof info};
-}
+std::string_view bytesOf(const ExifInfo& info) { return {reinterpret_cast<const char*>(&info), sizeof info}; }
 
 // Parses `length` bytes of a stream that holds `text` behind three other bytes.
 void expectParsed(const std::string& text, int length, int result, const ExifInfo& expected) {

@@ -33,10 +33,9 @@ void expectAsScanf(const std::string& text) {
 }
 
 TEST(NumberText, ParsesAsScanfDoes) {
-  const char* const pieces[] = {
-      " ", "\t\n", "\v", "+",  "-",  "0",  "00",   "1",    "7",         "16777217",     ".",
-      "e", "E",    "p",  "x",  "0x", "0X", "inf",  "INFI", "nity",      "nan",          "(",
-      ",", "a",    "F",  "38", "45", "99", "9999", "1e",   "3.4028236", "000000000001", "5"};
+  const char* const pieces[] = {" ", "\t\n", "\v", "+",  "-",  "0",  "00",   "1",    "7",         "16777217",     ".",
+                                "e", "E",    "p",  "x",  "0x", "0X", "inf",  "INFI", "nity",      "nan",          "(",
+                                ",", "a",    "F",  "38", "45", "99", "9999", "1e",   "3.4028236", "000000000001", "5"};
   std::mt19937 random(1);
   for (int i = 0; i < 300'000; ++i) {
     std::string text;
@@ -55,8 +54,7 @@ TEST(NumberText, RoundsOnceAndKnowsTheEndsOfTheRange) {
     const float next = std::nextafter(value, INFINITY);
     const double middle = (static_cast<double>(value) + static_cast<double>(next)) / 2;
     for (const double exact : {middle, std::nextafter(middle, 0.0), std::nextafter(middle, 9e99)}) {
-      for (const char* format : {"%.120e", "%a", "%.60f", "%.9g"})
-        expectAsScanf(print(format, exact));
+      for (const char* format : {"%.120e", "%a", "%.60f", "%.9g"}) expectAsScanf(print(format, exact));
     }
     // Past the middle by less than a double can say: rounded twice, it would be a tie.
     const std::string digits = print("%.120e", middle);
@@ -65,20 +63,18 @@ TEST(NumberText, RoundsOnceAndKnowsTheEndsOfTheRange) {
   }
   const std::string zeros(500, '0');
   for (const std::string& text :
-       {"3.4028235677973366e38"s, "3.4028235677973365e38"s, "7.0064923216240853e-46"s,
-        "7.0064923216240854e-46"s, "-1e-99999999999999999999"s, "-1e99999999999999999999"s,
-        "0e99999"s, "18446744073709551621"s, "0x1p128"s, "0x0.8p129"s, "0x1p-150"s, "0x1.8p-150"s,
-        "0x.000000001p-119"s, "0." + zeros + "1e501", "1" + zeros + "e-500", "1" + zeros + "e-400",
-        "0." + zeros + "1e400"}) {
+       {"3.4028235677973366e38"s, "3.4028235677973365e38"s, "7.0064923216240853e-46"s, "7.0064923216240854e-46"s,
+        "-1e-99999999999999999999"s, "-1e99999999999999999999"s, "0e99999"s, "18446744073709551621"s, "0x1p128"s,
+        "0x0.8p129"s, "0x1p-150"s, "0x1.8p-150"s, "0x.000000001p-119"s, "0." + zeros + "1e501", "1" + zeros + "e-500",
+        "1" + zeros + "e-400", "0." + zeros + "1e400"}) {
     expectAsScanf(text);
   }
 }
 
 TEST(NumberText, FormatsAsPrintfDoes) {
   std::mt19937 random(3);
-  std::vector<float> values{0.0F,   -0.0F,    1e9F,      -999999936.0F, 3.4028235e38F,
-                            1e-45F, INFINITY, -INFINITY, NAN,           -NAN,
-                            0.05F,  0.95F,    -0.04F,    0.0000005F};
+  std::vector<float> values{0.0F,      -0.0F, 1e9F, -999999936.0F, 3.4028235e38F, 1e-45F, INFINITY,
+                            -INFINITY, NAN,   -NAN, 0.05F,         0.95F,         -0.04F, 0.0000005F};
   for (int i = -400; i <= 400; ++i) values.push_back(static_cast<float>(i) / 16);  // with all ties
   for (int i = 0; i < 80'000; ++i) {
     values.push_back(std::bit_cast<float>(static_cast<uint32_t>(random())));

@@ -42,8 +42,7 @@ Params with(Params params, const char* slots) {
 class Guarded {
  public:
   explicit Guarded(const std::string& text) : size_((text.size() / kPage + 2) * kPage) {
-    memory_ = static_cast<char*>(
-        mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    memory_ = static_cast<char*>(mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
     mprotect(memory_ + size_ - kPage, kPage, PROT_NONE);
     begin_ = memory_ + size_ - kPage - text.size();
     std::memcpy(begin_, text.data(), text.size());
@@ -62,15 +61,13 @@ class Guarded {
 };
 
 int settingsOf(const std::string& text, int selector, Params& params) {
-  return get_settings_from_xmp(selector, static_cast<int>(text.size()), Guarded(text).bytes(),
-                               nullptr, params.data());
+  return get_settings_from_xmp(selector, static_cast<int>(text.size()), Guarded(text).bytes(), nullptr, params.data());
 }
 
 std::string written(int setNumber, int method, const Params& params, const char* lens = nullptr) {
   const int length = embed_xmp(0, method, params.data(), lens != nullptr, lens, nullptr);
   std::string text(static_cast<std::size_t>(length) + 1, '#');
-  EXPECT_EQ(embed_xmp(setNumber, method, params.data(), lens != nullptr, lens, text.data()),
-            length);
+  EXPECT_EQ(embed_xmp(setNumber, method, params.data(), lens != nullptr, lens, text.data()), length);
   EXPECT_EQ(text.back(), '#') << "a byte behind the text was written";
   text.pop_back();
   return text;
@@ -89,8 +86,7 @@ std::string elements(const std::string& list) {
     const std::size_t end = list.find('|', at);
     const std::size_t blank = list.find(' ', at);
     const std::string name = list.substr(at, blank - at);
-    lines +=
-        "<lfst:" + name + ">" + list.substr(blank + 1, end - blank - 1) + "</lfst:" + name + ">\n";
+    lines += "<lfst:" + name + ">" + list.substr(blank + 1, end - blank - 1) + "</lfst:" + name + ">\n";
     at = end + 1;
   }
   return lines;
@@ -264,8 +260,7 @@ TEST(Reader, TakesTheFirstElementOfEachNameBehindTheMethod) {
   expectSettings(1, one + "Strength (5|WhiteClip ((5|BlackClip \t-1e-1x|", "1:5 4:-0.1");
   expectSettings(3, "Method Contrast Optimizer|WhiteClip 4.000|BlackClip ?|Midtone 1|",
                  "3:0.60359085 4:1.2342758e-4 8:1");
-  expectSettings(2, "Method Smooth Adaptation|Method Average|Saturation inf(|Brightness 0x1p3|",
-                 "13:inf 0:8");
+  expectSettings(2, "Method Smooth Adaptation|Method Average|Saturation inf(|Brightness 0x1p3|", "13:inf 0:8");
   expectSettings(15, "Method Fusion/Real-Estate|Highlights \0 1|Shadows 0\0001|"s, "1:1");
   expectSettings(15, "Method Fusion/Realistic|HighlightsX 1|xHighlights 2|Highlight 3|", "");
   expectSettings(10, "Method Fusion/Adjust|Brightness 1|", "6:1");
@@ -309,8 +304,7 @@ TEST(Reader, CountsDeclarations) {
   EXPECT_EQ(count(kDeclaration), -3);
   EXPECT_EQ(count(kDeclaration.substr(0, 36) + '\0'), 0);
   EXPECT_EQ(count(kDeclaration + '\0'), 1);
-  EXPECT_EQ(count(kDeclaration + "\0xmlns:lfst=xmlns:lfst=\""s + kDeclaration.substr(12) + '\0'),
-            2);
+  EXPECT_EQ(count(kDeclaration + "\0xmlns:lfst=xmlns:lfst=\""s + kDeclaration.substr(12) + '\0'), 2);
 }
 
 // The search for one tag after the other is the definition of what the one pass finds.
@@ -330,11 +324,9 @@ TEST(Reader, FindsWhatTheSearchForEveryTagFinds) {
     std::string text = kHead + elements("Method Fusion/Natural|");
     const auto method = static_cast<int>(text.find("lfst:Method"));
     for (auto n = random() % 12; n > 0; --n) {
-      text += std::string(random() % 400, ' ') +
-              elements(pick(searches).second + " " + pick(values) + "|");
+      text += std::string(random() % 400, ' ') + elements(pick(searches).second + " " + pick(values) + "|");
     }
-    for (auto n = random() % 3; n > 0; --n)
-      text[80 + random() % (text.size() - 80)] = "<>=l:s\0"[random() % 7];
+    for (auto n = random() % 3; n > 0; --n) text[80 + random() % (text.size() - 80)] = "<>=l:s\0"[random() % 7];
     text.resize(text.size() - random() % 9);
     text += '\0';
     Params expected = defaultsOf(10);
@@ -360,8 +352,8 @@ void expectSearch(const std::string& text, const char* tag, int kind, int form, 
   values.fill(9);
   const Guarded guarded(text);
   const auto search = [&] {
-    return searchForTag(52, tag, kind, guarded.bytes(), form, static_cast<int>(text.size()),
-                        found.data(), values.data());
+    return searchForTag(52, tag, kind, guarded.bytes(), form, static_cast<int>(text.size()), found.data(),
+                        values.data());
   };
   EXPECT_EQ(search(), result) << text;
   EXPECT_EQ(found[52], value.has_value()) << text;
@@ -392,9 +384,9 @@ TEST(SearchForTag, StoresOneValueAndMarksItsSlot) {
 
 void expectLens(const std::string& text, int result, const std::string& lens) {
   std::string out(64, '.');
-  EXPECT_EQ(get_settings_from_xmp(100, static_cast<int>(text.size()) + 1,
-                                  Guarded(text + '\0').bytes(), out.data(), nullptr),
-            result)
+  EXPECT_EQ(
+      get_settings_from_xmp(100, static_cast<int>(text.size()) + 1, Guarded(text + '\0').bytes(), out.data(), nullptr),
+      result)
       << text;
   EXPECT_EQ(out, lens + std::string(64 - lens.size(), '.')) << text;
 }
@@ -435,8 +427,7 @@ TEST(Files, HoldPacketsAndTheirRegions) {
   EXPECT_EQ(read_xmp("/nonexistent", 4, nullptr), -1);
   EXPECT_EQ(read_xmp("/nonexistent", 100, nullptr), -5);
 
-  for (const int method : {0, 16, 201, -1})
-    EXPECT_EQ(write_xmp(file.path(), method, params.data()), -2);
+  for (const int method : {0, 16, 201, -1}) EXPECT_EQ(write_xmp(file.path(), method, params.data()), -2);
   EXPECT_EQ(file.bytes(), packet);
   EXPECT_EQ(write_xmp("/nonexistent/file", 4, params.data()), -1);
   EXPECT_EQ(write_xmp("/dev/full", 4, params.data()), -3);
@@ -444,8 +435,7 @@ TEST(Files, HoldPacketsAndTheirRegions) {
   const auto extract = [&](int length, int offset, char last = '\0') {
     std::string buffer(static_cast<std::size_t>(std::max(length, 0)) + 1, '#');
     buffer.back() = last;
-    const int result =
-        extract_xmp(file.path(), length, offset, reinterpret_cast<unsigned char*>(buffer.data()));
+    const int result = extract_xmp(file.path(), length, offset, reinterpret_cast<unsigned char*>(buffer.data()));
     return std::pair(result, buffer.substr(0, 4));
   };
   EXPECT_EQ(extract(size - 21, 20), std::pair(4, packet.substr(20, 4)));
@@ -478,16 +468,13 @@ TEST(Insert, PutsTheBlockBehindTheTagAndMovesTheTail) {
   const auto insert = [&](int set, int method, const std::string& packet, int length) {
     const std::size_t room = packet.size() + static_cast<std::size_t>(std::max(length, 0));
     Guarded buffer(packet + std::string(room - packet.size(), '#'));
-    const int result = insert_xmp(set, method, params.data(), static_cast<int>(packet.size()),
-                                  length, buffer.chars());
+    const int result = insert_xmp(set, method, params.data(), static_cast<int>(packet.size()), length, buffer.chars());
     return std::pair(result, std::string(buffer.chars(), room));
   };
   const auto splice = [&](const std::string& kept, const std::string& moved) {
-    EXPECT_EQ(insert(2, 14, before + kept + moved, size),
-              std::pair(size, before + kept + inserted + moved));
+    EXPECT_EQ(insert(2, 14, before + kept + moved, size), std::pair(size, before + kept + inserted + moved));
     // A block longer than was announced is cut, not written over the tail or beyond it.
-    EXPECT_EQ(insert(100, 14, before + kept + moved, 9),
-              std::pair(size + 1, before + kept + "<rdf:Desc" + moved));
+    EXPECT_EQ(insert(100, 14, before + kept + moved, 9), std::pair(size + 1, before + kept + "<rdf:Desc" + moved));
   };
   splice("\n", "\n<x/>");
   splice("\n\n", "\n<x/>");

@@ -47,9 +47,8 @@ struct Picture {
 
   int write(const std::string& path) const {
     const SettingsParams settings{};
-    return buf2tif(pixels.data() + firstRow, &info, stride, bytesAt(icc), &meta, &gps,
-                   static_cast<int>(iptc.size()), bytesAt(iptc), method, settings,
-                   static_cast<int>(xmp.size()), bytesAt(xmp), path.c_str());
+    return buf2tif(pixels.data() + firstRow, &info, stride, bytesAt(icc), &meta, &gps, static_cast<int>(iptc.size()),
+                   bytesAt(iptc), method, settings, static_cast<int>(xmp.size()), bytesAt(xmp), path.c_str());
   }
 };
 
@@ -148,13 +147,11 @@ TEST(TiffFile, HoldsEveryKindByteForByte) {
       expectFile(picture, 5, kKept);
     }
   }
-  const int kSizes[][3] = {{100, 50, 3},  {70000, 1, 1}, {1, 65536, 2},
-                           {65535, 1, 3}, {3, 0, 3},     {3, -5, 1}};
+  const int kSizes[][3] = {{100, 50, 3}, {70000, 1, 1}, {1, 65536, 2}, {65535, 1, 3}, {3, 0, 3}, {3, -5, 1}};
   for (const auto& [width, height, channels] : kSizes) {
     expectFile({width, height, channels, 8}, std::max(height, 0), "");
   }
-  for (const char* profile :
-       {"small", "1234567890123456GRAY", "1234567890123456RGB x", "1234567890123456RGb x"}) {
+  for (const char* profile : {"small", "1234567890123456GRAY", "1234567890123456RGB x", "1234567890123456RGb x"}) {
     Picture picture(2, 2, 1, 16);
     setProfile(picture, profile);
     expectFile(picture, 2, "");
@@ -176,8 +173,7 @@ TEST(TiffFile, GoesOutInBlocksOfOneMebibyte) {
 
 std::string generated(int method, const char* lens) {
   const SettingsParams zeros{};
-  std::string text(static_cast<std::size_t>(embed_xmp(0, method, zeros, *lens, lens, nullptr)),
-                   '?');
+  std::string text(static_cast<std::size_t>(embed_xmp(0, method, zeros, *lens, lens, nullptr)), '?');
   embed_xmp(1, method, zeros, *lens, lens, text.data());
   return text;
 }
@@ -242,8 +238,7 @@ TEST(TiffFile, TellsWhichStageFailed) {
   EXPECT_EQ(picture.write("/dev/full"), -2);
   testing::internal::CaptureStderr();
   EXPECT_EQ(picture.write("/no/such/%s %d.tif"), -1);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Could not open for writing file:  /no/such/%s %d.tif\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Could not open for writing file:  /no/such/%s %d.tif\n");
   picture.info = {1431655699, 3, 1, 8, 300, 0, 0, 0, {}, 1};  // the largest file
   EXPECT_EQ(picture.write("/dev/full"), -2);
 }
@@ -272,8 +267,7 @@ TEST(TiffFile, IsReadByOtherReaders) {
     command += " " + path;
     const std::string bits = std::to_string(picture.bits());
     expected += "37\t5\t" + (picture.samples() == 3 ? bits + " " + bits + " " + bits : bits) +
-                (picture.isFloat() ? "\t3 3 3\t1" : "\t-\t1") +
-                (picture.samples() == 3 ? "\t2\t3\t1" : "\t1\t1\t1") +
+                (picture.isFloat() ? "\t3 3 3\t1" : "\t-\t1") + (picture.samples() == 3 ? "\t2\t3\t1" : "\t1\t1\t1") +
                 "\tCanon\tCanon EOS 5D\t6\t300\t300\t2\t" +
                 (picture.isFloat() ? "Lumenforge Merge To 32-bit HDR" : "-") +
                 "\tOld lens\tkeyword1\t5.59\t4464\t2023:05:06 07:08:09\t50\t2 2 0 0\tN\t48\tE"

@@ -25,18 +25,16 @@ struct Exif {
     Sizes s;
     s.fill(-77);
     std::memset(make, '?', sizeof make);
-    const int entries = get_exif_count(&meta, &s[0], &s[1], &gps, &s[2], &s[3], &s[4], &s[5], &s[6],
-                                       &s[7], &s[8], make);
+    const int entries =
+        get_exif_count(&meta, &s[0], &s[1], &gps, &s[2], &s[3], &s[4], &s[5], &s[6], &s[7], &s[8], make);
     EXPECT_EQ(entries, s[0] + s[2]);
     return s;
   }
   // The result and the block, in memory of `size` bytes that were `filler`.
-  std::pair<int, std::string> block(const Sizes& s, int orientation, std::size_t size,
-                                    char filler = '\0') {
+  std::pair<int, std::string> block(const Sizes& s, int orientation, std::size_t size, char filler = '\0') {
     std::vector<char> out(size, filler);
-    const int result =
-        write_exif_buf(s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], orientation, &meta, &gps,
-                       make, reinterpret_cast<unsigned char*>(out.data()));
+    const int result = write_exif_buf(s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7], orientation, &meta, &gps, make,
+                                      reinterpret_cast<unsigned char*>(out.data()));
     return {result, {out.begin(), out.end()}};
   }
 };
@@ -50,8 +48,7 @@ TEST(ExifBlock, DerivesTheMakeFromTheModel) {
   for (std::string row; std::getline(table, row, ',');) {
     Exif r{};
     const std::string make = row.substr(row.find('=') + 1);
-    std::replace_copy(row.begin(), row.begin() + static_cast<long>(row.find('=')), r.meta.model,
-                      '|', '\0');
+    std::replace_copy(row.begin(), row.begin() + static_cast<long>(row.find('=')), r.meta.model, '|', '\0');
     EXPECT_EQ(r.measure()[5], make.empty() ? 0 : static_cast<int>(make.size()) + 1) << row;
     EXPECT_EQ(std::string(r.make, 64), make + std::string(64 - make.size(), '\0')) << row;
   }
@@ -64,8 +61,7 @@ TEST(ExifBlock, CountsWhatIsPresent) {
   EXPECT_EQ(r.measure(), (Sizes{0, 0, 2, 0, 0, 0, 0, 0, 0}));
   r = {cameraMeta(), kCameraGps, {}};
   EXPECT_EQ(r.measure(), (Sizes{5, 44, 9, 91, 13, 6, 20, 11, 8}));
-  for (char* text : {r.meta.model, r.meta.lens, r.meta.dateTimeOriginal})
-    std::memset(text, 'x', 20);
+  for (char* text : {r.meta.model, r.meta.lens, r.meta.dateTimeOriginal}) std::memset(text, 'x', 20);
   std::memset(r.meta.model, 'x', 63);
   r.meta.lens[1] = '\0';
   EXPECT_EQ(r.measure(), (Sizes{5, 44, 9, 91, 64, 0, 20, 11, 2}));
@@ -82,13 +78,11 @@ TEST(ExifBlock, CountsWhatIsPresent) {
 TEST(ExifBlock, IsWrittenByteForByte) {
   Exif r{cameraMeta(), kCameraGps, {}};
   for (const uint32_t orientation : {6U, 8U, 1U, 0U, 9U, 65542U, 0xFFFFFFFFU}) {
-    const std::string expected =
-        kTiff.file({Tiff::text(0x10F, "Canon"), Tiff::text(0x110, "Canon EOS 5D"),
-                    kTiff.shortEntry(0x112, orientation - 1 < 8 ? orientation : 1)},
-                   kExif, kGps);
+    const std::string expected = kTiff.file({Tiff::text(0x10F, "Canon"), Tiff::text(0x110, "Canon EOS 5D"),
+                                             kTiff.shortEntry(0x112, orientation - 1 < 8 ? orientation : 1)},
+                                            kExif, kGps);
     const auto size = static_cast<int>(expected.size());
-    EXPECT_EQ(r.block(r.measure(), static_cast<int>(orientation), expected.size()),
-              std::pair(size, expected));
+    EXPECT_EQ(r.block(r.measure(), static_cast<int>(orientation), expected.size()), std::pair(size, expected));
   }
   // A short text stands behind the directory, too; bytes that carry nothing are not touched.
   Exif modelOnly{};
@@ -107,12 +101,10 @@ TEST(ExifBlock, IsWrittenByteForByte) {
   }
 }
 
-std::pair<int, std::string> addKeyword(const uint8_t* block, std::size_t size,
-                                       const std::string& keyword) {
+std::pair<int, std::string> addKeyword(const uint8_t* block, std::size_t size, const std::string& keyword) {
   std::string out(size > 65535 ? 0 : (size == 0 ? 7 : size) + 5 + keyword.size(), '?');
-  const int result =
-      add_iptc_keyword(static_cast<int>(size), block, static_cast<int>(keyword.size()),
-                       bytesAt(keyword), reinterpret_cast<uint8_t*>(out.data()));
+  const int result = add_iptc_keyword(static_cast<int>(size), block, static_cast<int>(keyword.size()), bytesAt(keyword),
+                                      reinterpret_cast<uint8_t*>(out.data()));
   return {result, out};
 }
 
@@ -123,19 +115,18 @@ TEST(IptcKeywords, GoBehindTheirPredecessorOrAreRefused) {
   const std::string inData = dataset(2, 120, "a\x1C\2\x19\0\1bc"s);
   const std::string other = dataset(1, 90, "\x1B%G");
   // What stands before and behind the new keyword; a block in which there is no place.
-  const std::tuple<std::string, std::string, int> kCases[] = {
-      {version, "", 7},
-      {version + word + word, caption, 25},
-      {version + caption, other + other, 19},
-      {other, other, 8},
-      {word + caption, "", 21},
-      {word, "", 9},
-      {dataset(2, 120, ""), "", 5},
-      {version, dataset(2, 120, ""), 7},
-      {version + inData.substr(0, 12), inData.substr(12), 19},
-      {"", version + word + "\x1C\2\x19\0\x05only"s, -1},
-      {"", "\x1C\2\x19\0"s, -1},
-      {"", std::string(5, '\xFF'), -1}};
+  const std::tuple<std::string, std::string, int> kCases[] = {{version, "", 7},
+                                                              {version + word + word, caption, 25},
+                                                              {version + caption, other + other, 19},
+                                                              {other, other, 8},
+                                                              {word + caption, "", 21},
+                                                              {word, "", 9},
+                                                              {dataset(2, 120, ""), "", 5},
+                                                              {version, dataset(2, 120, ""), 7},
+                                                              {version + inData.substr(0, 12), inData.substr(12), 19},
+                                                              {"", version + word + "\x1C\2\x19\0\x05only"s, -1},
+                                                              {"", "\x1C\2\x19\0"s, -1},
+                                                              {"", std::string(5, '\xFF'), -1}};
   for (const auto& [before, behind, result] : kCases) {
     const std::string block = before + behind;
     const std::vector<uint8_t> exact(block.begin(), block.end());
@@ -164,16 +155,14 @@ Lookup lookUp(std::FILE* stream, int tag) {
 
 TEST(TagLookup, FindsTheFirstEntryOfTheChain) {
   const std::string shorts = numbers(16, {11, 12, 13, 14});
-  const std::string file =
-      kTiff.file({kTiff.shortEntry(256, 65535),
-                  {257, 3, 2, shorts.substr(0, 4)},
-                  {258, 3, 3, shorts},
-                  kTiff.longEntry(259, 0xFFFFFFFE)},
-                 {kTiff.longEntry(512, 1)}, {}, {kTiff.longEntry(259, 5), {260, 1, 9, ""}});
+  const std::string file = kTiff.file({kTiff.shortEntry(256, 65535),
+                                       {257, 3, 2, shorts.substr(0, 4)},
+                                       {258, 3, 3, shorts},
+                                       kTiff.longEntry(259, 0xFFFFFFFE)},
+                                      {kTiff.longEntry(512, 1)}, {}, {kTiff.longEntry(259, 5), {260, 1, 9, ""}});
   // Tag, result, count, value.
-  const int kRows[][4] = {{256, 10, 1, 65535},        {257, 22, 2, 11}, {258, 34, 3, 74},
-                          {259, 46, 1, -2},           {260, 114, 9, 0}, {512, -1, -77, -77},
-                          {65536 + 256, -1, -77, -77}};
+  const int kRows[][4] = {{256, 10, 1, 65535}, {257, 22, 2, 11},    {258, 34, 3, 74},           {259, 46, 1, -2},
+                          {260, 114, 9, 0},    {512, -1, -77, -77}, {65536 + 256, -1, -77, -77}};
   for (const auto& [tag, result, count, value] : kRows) {
     EXPECT_EQ(lookUp(MemoryStream(file).get(), tag), (Lookup{result, count, value}));
   }
@@ -190,10 +179,10 @@ TEST(TagLookup, TellsWhyThereIsNone) {
       EXPECT_EQ(lookUp(MemoryStream(file).get(), 9), (Lookup{result, -77, -77})) << file.size();
     }
   };
-  expectFailure(-1, {endless, endless.substr(0, 9), endless.substr(0, 21), endless.substr(0, 24),
-                     kTiff.header(0), kTiff.header(7000)});
-  expectFailure(-2, {kTiff.header() + "\0\0"s, kTiff.header().substr(0, 7),
-                     "II+" + endless.substr(3), big.file({big.longEntry(9, 2)})});
+  expectFailure(-1, {endless, endless.substr(0, 9), endless.substr(0, 21), endless.substr(0, 24), kTiff.header(0),
+                     kTiff.header(7000)});
+  expectFailure(-2, {kTiff.header() + "\0\0"s, kTiff.header().substr(0, 7), "II+" + endless.substr(3),
+                     big.file({big.longEntry(9, 2)})});
   std::FILE* pipe = ::popen("printf 'II*\\0\\10\\0\\0\\0\\1\\0'", "r");
   EXPECT_EQ(lookUp(pipe, 9), (Lookup{-3, -77, -77}));
   ::pclose(pipe);
@@ -230,8 +219,8 @@ TEST(ProfileUpdate, AppendsAndRepoints) {
   std::fclose(stream);
 
   const Tiff big{ByteOrder::big};
-  for (const std::string& bytes : {kTiff.file({kTiff.longEntry(0x100, 1)}),
-                                   big.file({{0x8773, 7, 8, "profiles"}}), "II*"s, ""s}) {
+  for (const std::string& bytes :
+       {kTiff.file({kTiff.longEntry(0x100, 1)}), big.file({{0x8773, 7, 8, "profiles"}}), "II*"s, ""s}) {
     TempFile other(bytes);
     EXPECT_EQ(update(other, "first"), 0);
     EXPECT_EQ(other.bytes(), bytes);

@@ -12,9 +12,7 @@ namespace build {
 
 inline const Tiff kTiff{ByteOrder::little};
 
-inline const uint8_t* bytesAt(const std::string& text) {
-  return reinterpret_cast<const uint8_t*>(text.data());
-}
+inline const uint8_t* bytesAt(const std::string& text) { return reinterpret_cast<const uint8_t*>(text.data()); }
 
 // Little-endian numbers of 16 or 32 bits.
 inline std::string numbers(int bits, const std::vector<uint32_t>& values) {
@@ -31,8 +29,8 @@ inline Entry fractions(uint16_t tag, const std::vector<uint32_t>& words) {
 
 // An IPTC dataset.
 inline std::string dataset(int record, int number, const std::string& data) {
-  return "\x1C"s + static_cast<char>(record) + static_cast<char>(number) +
-         u16(static_cast<uint32_t>(data.size())) + data;
+  return "\x1C"s + static_cast<char>(record) + static_cast<char>(number) + u16(static_cast<uint32_t>(data.size())) +
+         data;
 }
 
 // A camera's records with everything present, and the entries that they give. Fractions behind the
@@ -48,19 +46,11 @@ inline MetadataBuf cameraMeta() {
   std::strcpy(meta.lens, "EF 50mm");
   return meta;
 }
-inline const GpsBuf kCameraGps = {{48, 1, 0, 1, 0, 7},
-                                  {11, 1, 34, 1, 5678, 100},
-                                  {519, 1},
-                                  {12, 1, 0, 1, 0, 1},
-                                  'N',
-                                  'E',
-                                  1,
-                                  0,
-                                  "2023:05:06",
-                                  0};
-inline const std::vector<Entry> kExif = {
-    fractions(0x829A, {100, 5999}), fractions(0x829D, {559, 100}), kTiff.shortEntry(0x8827, 4464),
-    Tiff::text(0x9003, "2023:05:06 07:08:09"), fractions(0x920A, {5000, 100})};
+inline const GpsBuf kCameraGps = {
+    {48, 1, 0, 1, 0, 7}, {11, 1, 34, 1, 5678, 100}, {519, 1}, {12, 1, 0, 1, 0, 1}, 'N', 'E', 1, 0, "2023:05:06", 0};
+inline const std::vector<Entry> kExif = {fractions(0x829A, {100, 5999}), fractions(0x829D, {559, 100}),
+                                         kTiff.shortEntry(0x8827, 4464), Tiff::text(0x9003, "2023:05:06 07:08:09"),
+                                         fractions(0x920A, {5000, 100})};
 inline const std::vector<Entry> kGps = {{0, 1, 4, "\2\2\0\0"s},
                                         {1, 2, 2, "N"},
                                         fractions(2, {48, 1, 0, 1, 0, 7}),
