@@ -497,8 +497,9 @@ LUMENFORGE_API int write_xmp(const char* path, int method, const float* params);
  * `xmpLength`: bytes of the packet. A NUL counted in it moves with the tail and stays last.
  * `insertLength`: the size; the text behind the insertion point moves up by it. No more of the
  * block is written than fits, should a set number of three digits or a smaller size be given; a
- * larger one leaves the bytes between as they were. `xmp`: `xmpLength` + `insertLength` bytes;
- * nothing behind them is touched.
+ * larger one leaves the bytes between as they were.
+ *
+ * `xmp`: `xmpLength` + `insertLength` bytes; nothing behind them is touched.
  *
  * Returns the block's size, or with the packet unchanged
  *           -5  `method` is below 1, in either call
