@@ -12,7 +12,7 @@ namespace {
 
 using namespace build;
 
-constexpr uint64_t kSize = 1048576;
+constexpr uint64_t kSize = 262144;
 
 std::string times(const std::string& piece, std::size_t size = kSize) {
   std::string text;
@@ -59,13 +59,13 @@ std::vector<std::string> worstInputs() {
       directoryOf([](auto i, auto at) { return i % 9 ? entry(4, 3, at) : entry(0x8825, 1); }),
       directoryOf([](auto, auto at) { return entry(0x110, 99, at); }),
       directoryOf([](auto i, auto) { return entry(0x8649, INT_MAX - i); }) +
-          times(resource(0x404, "")),
+          times(resource(0x404, ""), 4 * kSize),
       kTiff.header() + kTiff.directory(8, {entry(1, 1)}, 8), chainOfTinyDirectories(),
-      kSoi + times(segment(0xE0, std::string(65533, 's')), 16 * kSize),
+      kSoi + times(segment(0xE0, std::string(65533, 's')), 64 * kSize),
       kSoi + times(segment(0xE0, "")),
       kSoi + exifSegment(kTiff.header(0)) + times(segment(0xE0, "")),
       kSoi + times("\xFF\xFF\xFF\xFF\xE0" + u16(2)), psd(times(resource(0x404, ""))),
-      kDeclaration + std::string(64 * kSize, 'x'), kMethod + times("lfst:"),
+      kDeclaration + std::string(256 * kSize, 'x'), kMethod + times("lfst:"),
       kMethod + times("lfst:Boost"), kMethod + "<lfst:Brightness>" + times("7"),
       kMethod + "<lfst:Brightness>0." + times("0"),
       kMethod + "<lfst:SaturationIndividualColors>1, 2," + times(" "), times("xmlns:lfst="),
