@@ -572,8 +572,9 @@ LUMENFORGE_API int write_exif_buf(int exifCount, int exifDataSize, int gpsCount,
  * keywordLength bytes, 12 + keywordLength for a new block, which is also the new block's length. It
  * must not overlap `iptc`.
  *
- * Datasets are found by their markers, byte by byte: markers inside a dataset's data count, and a
- * keyword at the very start of the block is not taken for the last keyword.
+ * Datasets are found by their markers, byte by byte: markers inside a dataset's data count, and
+ * neither a keyword at the very start of the block is taken for the last keyword, nor a dataset
+ * whose header fills the last 5 bytes of the block, an empty one at its end.
  *
  * Returns the offset of the new dataset in `out` (7 for a new block), or with nothing written
  *   -1  `iptcLength` is below 0 or below that of a dataset header, or the dataset found runs past
