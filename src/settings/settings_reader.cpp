@@ -32,10 +32,14 @@ Places findValues(std::string_view text, std::size_t from, Form form) {
   Places places{};
   const std::string_view modeName = textOf(Name::smoothingMode);
   const char terminator = form == kAttributeForm ? '=' : '>';
+  std::string_view last;  // the name found last, with the byte behind it
   Occurrences prefixes(text, from, kPrefixNeedle);
   for (std::size_t at = prefixes.next(); at != kNowhere; at = prefixes.next()) {
     const std::size_t nameBegin = at + kPrefix.size();
     const std::string_view rest = text.substr(nameBegin);
+    const bool isItsEndTag = !last.empty() && last.size() <= rest.size() &&
+                             sameBytes(rest.data(), last.data(), last.size());
+    if (isItsEndTag) continue;
     std::size_t length = rest.substr(0, kLongestName + 1).find(terminator);
     Name name = length != kNowhere ? nameOf(rest.substr(0, length)) : Name::none;
     if (name == Name::none && rest.starts_with(modeName)) {
@@ -43,6 +47,7 @@ Places findValues(std::string_view text, std::size_t from, Form form) {
       length = modeName.size();
     }
     if (name == Name::none) continue;
+    last = rest.substr(0, length + 1);
     uint32_t& place = places[static_cast<std::size_t>(name)];
     if (place == 0) place = static_cast<uint32_t>(nameBegin + length + form);
   }
