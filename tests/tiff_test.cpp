@@ -1,5 +1,7 @@
 // Records and blocks in, EXIF and IPTC blocks out; tag lookup and profile replacement in files.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <climits>
@@ -23,11 +25,9 @@ struct Exif {
 
   Sizes measure() {
     Sizes s;
-    s.fill(-77);
     std::memset(make, '?', sizeof make);
-    const int entries =
-        get_exif_count(&meta, &s[0], &s[1], &gps, &s[2], &s[3], &s[4], &s[5], &s[6], &s[7], &s[8], make);
-    EXPECT_EQ(entries, s[0] + s[2]);
+    const int sum = get_exif_count(&meta, &s[0], &s[1], &gps, &s[2], &s[3], &s[4], &s[5], &s[6], &s[7], &s[8], make);
+    EXPECT_EQ(sum, s[0] + s[2]);
     return s;
   }
   // The result and the block, in memory of `size` bytes that were `filler`.
@@ -61,28 +61,28 @@ TEST(ExifBlock, CountsWhatIsPresent) {
   EXPECT_EQ(r.measure(), (Sizes{0, 0, 2, 0, 0, 0, 0, 0, 0}));
   r = {cameraMeta(), kCameraGps, {}};
   EXPECT_EQ(r.measure(), (Sizes{5, 44, 9, 91, 13, 6, 20, 11, 8}));
-  for (char* text : {r.meta.model, r.meta.lens, r.meta.dateTimeOriginal}) std::memset(text, 'x', 20);
+  // A fraction of which one word is zero or negative is none, nor is a negative letter or number.
+  r = {{{0, 5999}, {559, 0}, 0, 0x80000000, 0, {}, {INT_MIN, 100}, 0, {}, 0, 0, 0, 0, 0, 0, 0, 0, "", "", "x"},
+       {{48, 0x80000000}, {0, 1}, {519, 0}, {0xFFFFFFFF, 1}, '\x80', 0, 0xFF, 0, "2023", 0},
+       {}};
   std::memset(r.meta.model, 'x', 63);
-  r.meta.lens[1] = '\0';
-  EXPECT_EQ(r.measure(), (Sizes{5, 44, 9, 91, 64, 0, 20, 11, 2}));
+  std::memset(r.meta.dateTimeOriginal, 'x', 20);
+  EXPECT_EQ(r.measure(), (Sizes{1, 20, 2, 11, 64, 0, 20, 11, 2}));
   r.meta.model[63] = 'x';
   std::memset(r.meta.lens, 'x', 64);
-  // A fraction of which one word is zero or negative is none, nor is a negative letter or number.
-  r.meta.exposureTime[0] = r.meta.fNumber[1] = 0;
-  r.meta.focalLength[0] = INT_MIN;
-  r.meta.iso = 0x80000000;
-  r.gps = {{48, 0x80000000}, {0, 1}, {519, 0}, {0xFFFFFFFF, 1}, '\x80', 0, 0xFF, 0, "2023", 0};
   EXPECT_EQ(r.measure(), (Sizes{1, 20, 2, 11, 63, 0, 20, 11, 63}));
 }
 
 TEST(ExifBlock, IsWrittenByteForByte) {
   Exif r{cameraMeta(), kCameraGps, {}};
   for (const uint32_t orientation : {6U, 8U, 1U, 0U, 9U, 65542U, 0xFFFFFFFFU}) {
-    const std::string expected = kTiff.file({Tiff::text(0x10F, "Canon"), Tiff::text(0x110, "Canon EOS 5D"),
-                                             kTiff.shortEntry(0x112, orientation - 1 < 8 ? orientation : 1)},
-                                            kExif, kGps);
-    const auto size = static_cast<int>(expected.size());
-    EXPECT_EQ(r.block(r.measure(), static_cast<int>(orientation), expected.size()), std::pair(size, expected));
+    const std::string code = std::to_string(orientation - 1 < 8 ? orientation : 1);
+    const std::string expected =
+        kTiff.file(kTiff.entries("10F='Canon'; 110='Canon EOS 5D'; 112=s" + code), kExif, kGps);
+    Sizes sizes = r.measure();
+    sizes[7] = 5;  // a date is there; its length is always the same
+    EXPECT_EQ(r.block(sizes, static_cast<int>(orientation), expected.size()),
+              std::pair(static_cast<int>(expected.size()), expected));
   }
   // A short text stands behind the directory, too; bytes that carry nothing are not touched.
   Exif modelOnly{};
@@ -95,16 +95,18 @@ TEST(ExifBlock, IsWrittenByteForByte) {
   EXPECT_EQ(r.block({1, 7}, 1, 63).first, 63);
   EXPECT_EQ(r.block({0, 99, 0, 99, 100, -1}, 1, 138).second.substr(38),
             std::string(r.meta.model, 64) + std::string(36, '\0'));
-  for (const Sizes& s : {Sizes{0, 9, 0, 9, 0, 0, 9, 9}, Sizes{-1, 0, -1, 0, -1, -1}, Sizes{INT_MAX},
+  for (const Sizes& s : {Sizes{0, 9, 0, 9, 0, 0, 9, 9}, Sizes{-1, 0, -1, 0, -1, -1}, Sizes{INT_MAX}, Sizes{1, INT_MAX},
                          Sizes{1, INT_MAX, 1, INT_MAX, INT_MAX, INT_MAX}}) {
     EXPECT_EQ(r.block(s, 1, 1, '?'), std::pair(-1, "?"s));
   }
 }
 
-std::pair<int, std::string> addKeyword(const uint8_t* block, std::size_t size, const std::string& keyword) {
-  std::string out(size > 65535 ? 0 : (size == 0 ? 7 : size) + 5 + keyword.size(), '?');
-  const int result = add_iptc_keyword(static_cast<int>(size), block, static_cast<int>(keyword.size()), bytesAt(keyword),
-                                      reinterpret_cast<uint8_t*>(out.data()));
+// The result and the block, in memory of `size` bytes that were '?'.
+std::pair<int, std::string> addKeyword(const std::string& block, const std::string& keyword, std::size_t size) {
+  const std::vector<uint8_t> exact(block.begin(), block.end());
+  std::string out(size, '?');
+  const int result = add_iptc_keyword(static_cast<int>(exact.size()), exact.data(), static_cast<int>(keyword.size()),
+                                      bytesAt(keyword), reinterpret_cast<uint8_t*>(out.data()));
   return {result, out};
 }
 
@@ -112,34 +114,28 @@ TEST(IptcKeywords, GoBehindTheirPredecessorOrAreRefused) {
   const std::string version = dataset(2, 0, "\0\2"s);
   const std::string word = dataset(2, 25, "word");
   const std::string caption = dataset(2, 120, "caption");
-  const std::string inData = dataset(2, 120, "a\x1C\2\x19\0\1bc"s);
+  const std::string empty = dataset(2, 120, "");
   const std::string other = dataset(1, 90, "\x1B%G");
-  // What stands before and behind the new keyword; a block in which there is no place.
-  const std::tuple<std::string, std::string, int> kCases[] = {{version, "", 7},
-                                                              {version + word + word, caption, 25},
-                                                              {version + caption, other + other, 19},
-                                                              {other, other, 8},
-                                                              {word + caption, "", 21},
-                                                              {word, "", 9},
-                                                              {dataset(2, 120, ""), "", 5},
-                                                              {version, dataset(2, 120, ""), 7},
-                                                              {version + inData.substr(0, 12), inData.substr(12), 19},
-                                                              {"", version + word + "\x1C\2\x19\0\x05only"s, -1},
-                                                              {"", "\x1C\2\x19\0"s, -1},
-                                                              {"", std::string(5, '\xFF'), -1}};
-  for (const auto& [before, behind, result] : kCases) {
-    const std::string block = before + behind;
-    const std::vector<uint8_t> exact(block.begin(), block.end());
-    for (const std::string& keyword : {"sea"s, std::string(300, 'k'), ""s}) {
-      const std::string expected = before + dataset(2, 25, keyword) + behind;
-      EXPECT_EQ(addKeyword(exact.data(), exact.size(), keyword),
-                std::pair(result, result < 0 ? std::string(expected.size(), '?') : expected));
+  const std::string marker = "\x1C\2\x78\0\x08q\x1C\2\x19\0\1w"s;  // in a caption's data, of which "." is the rest
+  const std::string longest(65535, 'k');
+  for (const std::string& keyword : {"sea"s, ""s, longest}) {
+    const std::string added = dataset(2, 25, keyword);
+    EXPECT_EQ(addKeyword("", keyword, 7 + added.size()), std::pair(7, version + added));
+    for (std::string block :
+         {version + "|", version + word + word + "|" + caption, version + caption + "|" + other, other + "|" + other,
+          word + "|", word + caption + "|", empty + "|", version + "|" + empty, version + marker + "|."}) {
+      const std::size_t place = block.find('|');
+      block.erase(place, 1);
+      const std::string expected = std::string(block).insert(place, added);
+      EXPECT_EQ(addKeyword(block, keyword, expected.size()), std::pair(static_cast<int>(place), expected));
     }
   }
-  const std::string longest(65535, 'k');
-  EXPECT_EQ(addKeyword(nullptr, 0, longest), std::pair(7, version + dataset(2, 25, longest)));
-  EXPECT_EQ(addKeyword(nullptr, 0, longest + 'k').first, -2);
-  EXPECT_EQ(addKeyword(nullptr, INT_MAX - 5, "k").first, -2);
+  for (const std::string& broken :
+       {version + word + "\x1C\2\x19\0\x05only"s, "\x1C\2\x19\0"s, "\xFF\xFF\xFF\xFF\xFF"s}) {
+    EXPECT_EQ(addKeyword(broken, "sea", 9), std::pair(-1, std::string(9, '?')));
+  }
+  EXPECT_EQ(addKeyword("", longest + 'k', 0).first, -2);
+  EXPECT_EQ(add_iptc_keyword(INT_MAX - 5, nullptr, 1, nullptr, nullptr), -2);
   EXPECT_EQ(add_iptc_keyword(0, nullptr, -1, nullptr, nullptr), -2);
   EXPECT_EQ(add_iptc_keyword(-1, nullptr, 1, nullptr, nullptr), -1);
 }
@@ -154,35 +150,31 @@ Lookup lookUp(std::FILE* stream, int tag) {
 }
 
 TEST(TagLookup, FindsTheFirstEntryOfTheChain) {
-  const std::string shorts = numbers(16, {11, 12, 13, 14});
-  const std::string file = kTiff.file({kTiff.shortEntry(256, 65535),
-                                       {257, 3, 2, shorts.substr(0, 4)},
-                                       {258, 3, 3, shorts},
-                                       kTiff.longEntry(259, 0xFFFFFFFE)},
-                                      {kTiff.longEntry(512, 1)}, {}, {kTiff.longEntry(259, 5), {260, 1, 9, ""}});
-  // Tag, result, count, value.
-  const int kRows[][4] = {{256, 10, 1, 65535}, {257, 22, 2, 11},    {258, 34, 3, 74},           {259, 46, 1, -2},
-                          {260, 114, 9, 0},    {512, -1, -77, -77}, {65536 + 256, -1, -77, -77}};
-  for (const auto& [tag, result, count, value] : kRows) {
-    EXPECT_EQ(lookUp(MemoryStream(file).get(), tag), (Lookup{result, count, value}));
-  }
+  const std::string file = kTiff.file(kTiff.entries("100=s65535; 101=3#2@C000B; 102=3#3'abcdef'; 103=l4294967294"),
+                                      kTiff.entries("200=l1"), {}, kTiff.entries("103=l5; 104=1#9''"));
+  // Tag; result, count, value.
+  const std::pair<int, Lookup> kRows[] = {{0x100, {10, 1, 65535}},  {0x101, {22, 2, 11}}, {0x102, {34, 3, 74}},
+                                          {0x103, {46, 1, -2}},     {0x104, {112, 9, 0}}, {0x200, {-1, -77, -77}},
+                                          {0x10100, {-1, -77, -77}}};
+  for (const auto& [tag, found] : kRows) EXPECT_EQ(lookUp(MemoryStream(file).get(), tag), found);
   // The header stands at the stream's position, the directories where the file says.
-  MemoryStream twice(file + file, static_cast<long>(file.size()));
-  EXPECT_EQ(lookUp(twice.get(), 256)[0], 10);
+  EXPECT_EQ(lookUp(MemoryStream(file + file, static_cast<long>(file.size())).get(), 0x100)[0], 10);
 }
 
 TEST(TagLookup, TellsWhyThereIsNone) {
+  const std::string start = kTiff.header();
+  const std::string endless = start + kTiff.directory(8, kTiff.entries("1=l2"), 8);
   const Tiff big{ByteOrder::big};
-  const std::string endless = kTiff.header() + kTiff.directory(8, {kTiff.longEntry(1, 2)}, 8);
-  const auto expectFailure = [](int result, const std::vector<std::string>& files) {
-    for (const std::string& file : files) {
-      EXPECT_EQ(lookUp(MemoryStream(file).get(), 9), (Lookup{result, -77, -77})) << file.size();
-    }
-  };
-  expectFailure(-1, {endless, endless.substr(0, 9), endless.substr(0, 21), endless.substr(0, 24), kTiff.header(0),
-                     kTiff.header(7000)});
-  expectFailure(-2, {kTiff.header() + "\0\0"s, kTiff.header().substr(0, 7), "II+" + endless.substr(3),
-                     big.file({big.longEntry(9, 2)})});
+  const std::pair<int, std::vector<std::string>> kCases[] = {
+      {-1,
+       {endless, endless.substr(0, 9), endless.substr(0, 21), endless.substr(0, 24), kTiff.header(0),
+        kTiff.header(7000)}},
+      {-2,
+       {start + "\0\0"s, start.substr(0, 7), "II+" + endless.substr(3), "MM" + endless.substr(2),
+        big.file(big.entries("9=l2"))}}};
+  for (const auto& [result, files] : kCases) {
+    for (const std::string& file : files) EXPECT_EQ(lookUp(MemoryStream(file).get(), 9), (Lookup{result, -77, -77}));
+  }
   std::FILE* pipe = ::popen("printf 'II*\\0\\10\\0\\0\\0\\1\\0'", "r");
   EXPECT_EQ(lookUp(pipe, 9), (Lookup{-3, -77, -77}));
   ::pclose(pipe);
@@ -190,8 +182,7 @@ TEST(TagLookup, TellsWhyThereIsNone) {
 
 // A TIFF file with a profile entry and bytes behind its directory.
 std::string profileFile(uint32_t count, uint64_t offset) {
-  const Entry entry{0x8773, 7, count, u32(offset, ByteOrder::little)};
-  return kTiff.file({kTiff.longEntry(0x100, 1), entry}) + "odd";
+  return kTiff.file({kTiff.longEntry(0x100, 1), {0x8773, 7, count, u32(offset, ByteOrder::little)}}) + "odd";
 }
 
 int update(TempFile& file, const std::string& profile) {
@@ -204,10 +195,9 @@ TEST(ProfileUpdate, AppendsAndRepoints) {
   EXPECT_EQ(update(file, "first"), 5);
   EXPECT_EQ(file.bytes(), profileFile(5, old.size()) + "first");
   EXPECT_EQ(update(file, "second"), 6);
-  EXPECT_EQ(file.bytes(), profileFile(6, old.size() + 5) + "firstsecond");
   EXPECT_EQ(update(file, ""), -1);
   EXPECT_EQ(update_tif_profile(-1, nullptr, file.path()), -1);
-  EXPECT_EQ(file.bytes().size(), old.size() + 11);
+  EXPECT_EQ(file.bytes(), profileFile(6, old.size() + 5) + "firstsecond");
 
   // The last offset that fits 32 bits.
   const off_t end = 0xFFFFFFFF - 5;
@@ -220,10 +210,27 @@ TEST(ProfileUpdate, AppendsAndRepoints) {
 
   const Tiff big{ByteOrder::big};
   for (const std::string& bytes :
-       {kTiff.file({kTiff.longEntry(0x100, 1)}), big.file({{0x8773, 7, 8, "profiles"}}), "II*"s, ""s}) {
+       {kTiff.file(kTiff.entries("100=l1")), big.file(big.entries("8773=7#8'profiles'")), "II*"s, ""s}) {
     TempFile other(bytes);
     EXPECT_EQ(update(other, "first"), 0);
     EXPECT_EQ(other.bytes(), bytes);
+  }
+}
+
+// In a process of its own, for which the file can be opened no more, read only, or but once.
+TEST(ProfileUpdate, SaysWhichOpenFailed) {
+  const std::pair<std::string, void (*)(const char*)> kCases[] = {
+      {"reading", [](const char* path) { ::unlink(path); }},
+      {"update", [](const char* path) { ::chmod(path, 0444), ::seteuid(65534); }},
+      {"appending", [](const char*) {
+         const int next = ::dup(0);
+         const rlimit one{next + 1U, next + 1U};
+         ::setrlimit(RLIMIT_NOFILE, &one), ::close(next);
+       }}};
+  for (const auto& [purpose, hinder] : kCases) {
+    TempFile file(profileFile(3, 38));
+    EXPECT_EXIT((hinder(file.path()), std::_Exit(-update(file, "first"))), testing::ExitedWithCode(1),
+                "^Can not open input file for " + purpose + "\n$");
   }
 }
 }  // namespace

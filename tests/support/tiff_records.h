@@ -23,10 +23,6 @@ inline std::string numbers(int bits, const std::vector<uint32_t>& values) {
   return bytes;
 }
 
-inline Entry fractions(uint16_t tag, const std::vector<uint32_t>& words) {
-  return {tag, 5, static_cast<uint32_t>(words.size() / 2), numbers(32, words)};
-}
-
 // An IPTC dataset.
 inline std::string dataset(int record, int number, const std::string& data) {
   return "\x1C"s + static_cast<char>(record) + static_cast<char>(number) + u16(static_cast<uint32_t>(data.size())) +
@@ -36,29 +32,16 @@ inline std::string dataset(int record, int number, const std::string& data) {
 // A camera's records with everything present, and the entries that they give. Fractions behind the
 // first may be zero.
 inline MetadataBuf cameraMeta() {
-  MetadataBuf meta{};
-  const int32_t fractionWords[] = {100, 5999, 559, 100, 5000, 100};
-  std::memcpy(meta.exposureTime, fractionWords, 16);
-  std::memcpy(meta.focalLength, fractionWords + 4, 8);
-  meta.iso = 70000;
-  std::strcpy(meta.model, "Canon EOS 5D");
-  std::strcpy(meta.dateTimeOriginal, "2023:05:06 07:08:09");
-  std::strcpy(meta.lens, "EF 50mm");
-  return meta;
+  return {
+      {100, 5999},           {559, 100}, 0, 70000, 0, {}, {5000, 100}, 0, {}, 0, 0, 0, 0, 0, 0, 0, 0, "Canon EOS 5D",
+      "2023:05:06 07:08:09", "EF 50mm"};
 }
 inline const GpsBuf kCameraGps = {
     {48, 1, 0, 1, 0, 7}, {11, 1, 34, 1, 5678, 100}, {519, 1}, {12, 1, 0, 1, 0, 1}, 'N', 'E', 1, 0, "2023:05:06", 0};
-inline const std::vector<Entry> kExif = {fractions(0x829A, {100, 5999}), fractions(0x829D, {559, 100}),
-                                         kTiff.shortEntry(0x8827, 4464), Tiff::text(0x9003, "2023:05:06 07:08:09"),
-                                         fractions(0x920A, {5000, 100})};
-inline const std::vector<Entry> kGps = {{0, 1, 4, "\2\2\0\0"s},
-                                        {1, 2, 2, "N"},
-                                        fractions(2, {48, 1, 0, 1, 0, 7}),
-                                        {3, 2, 2, "E"},
-                                        fractions(4, {11, 1, 34, 1, 5678, 100}),
-                                        {5, 2, 2, "\1"},
-                                        fractions(6, {519, 1}),
-                                        fractions(7, {12, 1, 0, 1, 0, 1}),
-                                        Tiff::text(0x1D, "2023:05:06")};
+inline const std::vector<Entry> kExif =
+    kTiff.entries("829A=100/5999; 829D=559/100; 8827=s4464; 9003='2023:05:06 07:08:09'; 920A=5000/100");
+inline const std::vector<Entry> kGps = kTiff.entries(
+    "0=1#4@202; 1=2#2'N'; 2=48/1,0/1,0/7; 3=2#2'E'; 4=11/1,34/1,5678/100; 5=2#2'\1'; 6=519/1; 7=12/1,0/1,0/1; "
+    "1D='2023:05:06'");
 
 }  // namespace build
