@@ -4,7 +4,7 @@ import json, math, os, pathlib, shlex, shutil, struct, subprocess, tempfile, uni
 
 LFMETA = os.environ["LFMETA"] + " "
 PHOTO = pathlib.Path(__file__).resolve().parents[1].joinpath("examples", "photo.jpg").read_bytes()
-W, H = 13, 5
+W, H = 134, 5
 RGB = bytes((x * 19 + y * 7 + c * 83) & 255 for y in range(H) for x in range(W) for c in range(3))
 TAGS = ("-Model -ExposureTime -FNumber -ISO -DateTimeOriginal -FocalLength -GPSLatitude -GPSLongitude -GPSAltitude#"
         " -GPSTimeStamp -GPSDateStamp -IFD0:Orientation# ")
@@ -39,11 +39,11 @@ HALVES = [0.0, -0.0, 1.0, 0.1, 2049.0, 2051.0, 65504.0, 65519.0, -65520.0, 1e9, 
           2**-25 * 1.01, 3 * 2**-25, 6e-8, float("inf"), float("nan")]
 RAMP = pfm([-1.0, 0.0, 0.5, 1.0, 7.0, float("nan"), 0.7 / 255, 0.3 / 65535], "<")
 COLOR, DEEP = pnm(b"P6", RGB), pnm(b"P6", b"".join(bytes([v, v ^ 85]) for v in RGB), 65535)
-# One picture in both kinds of scanlines: six equal pixels, then others, one row of them black.
-ROWS = [[b"\x09\x08\x07\x82"] * 6 + [RGB[3 * (y * W + x):][:3] + bytes([(y != 3) * (120 + x + y)]) for x in range(6, W)]
+# One picture in both kinds of scanlines: six equal pixels, then 128 others, one row of them black.
+ROWS = [[b"\x09\x08\x07\x82"] * 6 + [RGB[3 * (y * W + x):][:3] + bytes([(y != 3) * (99 + x + y)]) for x in range(6, W)]
         for y in range(H)]
 PIXELS = radiance(row[0] + b"\1\1\1\3\1\1\1\0" + b"".join(row[4:]) for row in ROWS)
-PLANES = radiance(bytes([2, 2, 0, W]) + b"".join(bytes([134, row[0][c], 7, *(pixel[c] for pixel in row[6:])])
+PLANES = radiance(bytes([2, 2, 0, W]) + b"".join(bytes([134, row[0][c], 128, *(pixel[c] for pixel in row[6:])])
                                                  for c in range(4)) for row in ROWS)
 LINEAR = floats([p[c] * 2.0 ** (p[3] - 136) * (p[3] > 0) for row in ROWS for p in row for c in range(3)])
 
@@ -114,21 +114,18 @@ class ToolCommands(unittest.TestCase):
             self.files(bad=data)
             self.bad("x:xmpmeta", "settings insert bad --method 1")
         self.bad("is an image", "settings insert photo.jpg --method 1")
-        self.bad("not a regular file", "settings write /dev/null --method 1")
+        self.bad("not a regular file", "settings write . --method 1")
         self.bad("no settings", "settings show in")
 
     def test_decoders_and_depths(self):
         swapped, palette = b"".join(bytes([v ^ 85, v]) for v in RGB), convert(COLOR, "-colors 99 png8:-")
-        pam = b"P7\nWIDTH 13\nHEIGHT 5\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + convert(COLOR, "rgba:-")
-        wide = [bytes(range(128)) + b"\3" * 72] * 3 + [b"\x88" * 200]
-        runs = [b"\2\2\0\xc8"] + [b"\x80" + row[:128] + b"\xc8" + row[199:] for row in wide]
+        pam = b"P7\nWIDTH 134\nHEIGHT 5\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + convert(COLOR, "rgba:-")
         for data, expected, *depth in [
                 (COLOR, RGB), (pnm(b"P3", b" ".join(b"%d" % v for v in RGB)), RGB), (pam, RGB), (DEEP, RGB, "8"),
                 (DEEP, swapped), (convert(DEEP, "png48:-"), swapped), (convert(COLOR, "-interlace PNG png32:-"), RGB),
                 (pnm(b"P5", RGB[::3]), RGB[::3]), (pnm(b"P2", b"0 2 4\n7", 7, (2, 2)), b"\0\x49\x92\xff"),
                 (palette, convert(palette, "rgb:-")), (PHOTO, convert(PHOTO, "rgb:-")),
                 (PIXELS, LINEAR), (PLANES, LINEAR), (pfm([0, 1, 7], ">"), floats([0, 1, 7])),
-                (radiance(runs, (1, 200)), floats(v for v in wide[0] for c in range(3))),
                 (radiance([b"\4\5\6\x88\1\1\1\x57\1\1\1\2\7\5\6\x88\1\1\1\1"], (1, 602)),
                  floats([4, 5, 6] * 600 + [7, 5, 6] * 2)),
                 (b"PF\n1 2\n-1\n" + bytes(range(24)), bytes([*range(12, 24), *range(12)])),
@@ -150,10 +147,10 @@ class ToolCommands(unittest.TestCase):
         for data in [b"GIF89a", pnm(b"P6", RGB, 0), pnm(b"P6", RGB, 70000), pnm(b"P2", b"9 9", 8, (1, 2)),
                      pnm(b"P5", b"", 255, (2**31 - 1, 2**31 - 1)), pnm(b"P5", b"x", 255, (0, 1)), COLOR[:-1],
                      PIXELS[:-1], PLANES[:-1], RAMP[:-1], radiance([b"\1\1\1\1", bytes(4 * W * H)]),
-                     radiance([b"\5\5\5\x09\1\1\1\x0d"], (1, W)), radiance([row, bytes(400)]),
-                     radiance([row, bytes([128 + W + 1, 1] * 40)]), PLANES.replace(row, b"\2\2\0\x0e"),
+                     radiance([b"\5\5\5\x09\1\1\1", row[3:]], (1, W)), radiance([row, bytes(400)]),
+                     radiance([row, b"\xff\1" * 40]), PLANES.replace(row, b"\2\2\0\x87"),
                      PIXELS.replace(b"-Y", b"-Z"), PIXELS.replace(b"rgbe", b"xyze"),
-                     PIXELS.replace(b" 13\n", b" 999999999\n"), PIXELS.replace(b"-Y 5", b"-Y 99999999")]:
+                     PIXELS.replace(b" 134\n", b" 999999999\n"), PIXELS.replace(b"-Y 5", b"-Y 99999999")]:
             self.files(**{"in": data})
             for line in ["tiff in out.tif", "hdr in"]:
                 self.bad("in: ", line)
@@ -177,7 +174,7 @@ class ToolCommands(unittest.TestCase):
         self.assertEqual(self.exiftool("up", "-IFD0:Orientation# -Software -SampleFormat# -BitsPerSample"), {
             "Orientation": 4, "Software": "Lumenforge Merge To 32-bit HDR", "SampleFormat": "3 3 3",
             "BitsPerSample": "16 16 16"})
-        for limit, stage in [(0, "header"), (100, "pixels"), (210, "directory")]:
+        for limit, stage in [(0, "header"), (100, "pixels"), (2020, "directory")]:
             self.bad(stage, "tiff in new", "env --ignore-signal=XFSZ prlimit --fsize=%d " % limit)
         for expected, line in [
                 ("no RGB profile", "tiff in new --icc gray"), ("profile entry", "icc up --set icc"),
@@ -196,11 +193,10 @@ class ToolCommands(unittest.TestCase):
     def test_brightness_of_a_picture(self):
         values = [(19 * r + 183 * g + 54 * b >> 8) * 2.0 ** (e - 136) for row in ROWS for r, g, b, e in row if e]
         low, high = min(filter(None, values)), max(values)
-        self.files(pixels=PIXELS, planes=PLANES, black=radiance([bytes(4 * W * H)]))
-        for name in ["pixels", "planes"]:
-            found = json.loads(self.good("hdr --json " + name)).values()
-            wanted = [W, H, low, high, sum(values) / len(values), math.log2(high / low)]
-            self.assertTrue(all(map(lambda a, b: math.isclose(a, b, rel_tol=1e-6), list(found)[1:], wanted)), found)
+        self.files(planes=PLANES, black=radiance([bytes(4 * W * H)]))
+        found = json.loads(self.good("hdr --json planes")).values()
+        wanted = [W, H, low, high, sum(values) / len(values), math.log2(high / low)]
+        self.assertEqual(floats([*found][1:]), floats(wanted))
         self.assertIsNone(json.loads(self.good("hdr --json black"))["stops"])
         self.assertIn("black", self.good("hdr black"))
 
