@@ -223,9 +223,9 @@ TEST(ProfileUpdate, SaysWhichOpenFailed) {
       {"reading", [](const char* path) { ::unlink(path); }},
       {"update", [](const char* path) { ::chmod(path, 0444), ::seteuid(65534); }},
       {"appending", [](const char*) {
-         const int next = ::dup(0);
-         const rlimit one{next + 1U, next + 1U};
-         ::setrlimit(RLIMIT_NOFILE, &one), ::close(next);
+         const auto next = static_cast<unsigned>(::dup(0));
+         const rlimit one{next + 1, next + 1};
+         ::setrlimit(RLIMIT_NOFILE, &one), ::close(static_cast<int>(next));
        }}};
   for (const auto& [purpose, hinder] : kCases) {
     TempFile file(profileFile(3, 38));
