@@ -146,9 +146,11 @@ TEST(TiffFile, GoesOutInBlocksOfOneMebibyte) {
   for (const auto& [width, height, channels, depth, conversion, result] : kRows) {
     expectFile({width, height, channels, depth, conversion}, result);
   }
-  Picture wide(350000, 2, 1, 32);  // a row is larger than a block
-  wide.setStride(-wide.stride - 4);
-  expectFile(wide, 1);
+  for (const int width : {350000, 130000}) {  // one row a block, larger than it, and two
+    Picture wide(width, 3, 1, 32);
+    wide.setStride(-wide.stride - 4);
+    expectFile(wide, 1);
+  }
 }
 
 std::string generated(int method, const char* lens) {
