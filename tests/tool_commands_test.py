@@ -167,9 +167,9 @@ class ToolCommands(unittest.TestCase):
         self.assertIn("128 bytes", self.good("icc in.tif"))
         self.good("icc in.tif --set longer")
         self.assertIn("132 bytes", self.good("icc in.tif"))
-        self.good("exif photo.jpg block.bin")
-        self.assertEqual(self.exiftool("block.bin"), self.exiftool("photo.jpg"))
         self.good("tiff up up --method 4 --set Boost=3 --like photo.jpg --depth half")
+        self.good("exif up block.bin")
+        self.assertEqual(self.exiftool("block.bin"), {**self.exiftool("photo.jpg"), "Orientation": 4})
         self.assertIn("Boost                       3", self.good("settings show up"))
         self.assertEqual(self.exiftool("up", "-IFD0:Orientation# -Software -SampleFormat# -BitsPerSample"), {
             "Orientation": 4, "Software": "Lumenforge Merge To 32-bit HDR", "SampleFormat": "3 3 3",
