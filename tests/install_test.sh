@@ -24,7 +24,7 @@ find_package(LumenforgeMetaLib 1.0 REQUIRED)
 add_executable(by-cmake $source/examples/host.c)
 target_link_libraries(by-cmake LumenforgeMetaLib::LumenforgeMetaLib)
 CMAKE
-cmake -S "$work/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$work/moved" \
+cmake -G Ninja -S "$work/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$work/moved" \
   -DCMAKE_C_FLAGS="$flags" >/dev/null
 cmake --build "$work/consumer" >/dev/null
 
