@@ -195,7 +195,7 @@ TEST(ReadIptc, ReadsBlocksThatEndBeforeTheFile) {
 // One of everything.
 std::string photo(const Tiff& t) {
   return t.file(
-      t.entries("110='NIKON D3S'; 112=s6; 201=l999; 202=l998; 2BC=1#777@1388; 83BB=4#25@1770"),
+      t.entries("100=l640; 110='NIKON D3S'; 112=s6; 201=l999; 202=l998; 2BC=1#777@1388; 83BB=4#25@1770"),
       t.entries("829A=1/250; 829D=2/1; 8827=s9; 8830=s7; 9003='2021:06'; 920A=50/1; A20E=4/1; A210=s3; A405=l75"),
       t.entries("1=2#2'S'; 2=1/2,3/4,5/6; 3=2#2'W'; 4=7/8,9/10,11/12; 5=1#1'\x01'; 6=13/14; 7=15/16,17/18,19/20; "
                 "8=1/1; 1D='2021:06:0'"),
