@@ -3,12 +3,11 @@
 
 #include <cstring>
 
-#include "LumenforgeMetaLib.h"
-#include "support/builders.h"
+#include "support/tiff_records.h"
 
 namespace {
 
-using namespace std::string_literals;
+using namespace build;
 
 constexpr float kOldTime = 9;
 
@@ -21,11 +20,9 @@ ExifInfo record(float exposureTime = kOldTime, uint32_t iso = 7, int valueSource
   return info;
 }
 
-std::string_view bytesOf(const ExifInfo& info) { return {reinterpret_cast<const char*>(&info), sizeof info}; }
-
 // Parses `length` bytes of a stream that holds `text` behind three other bytes.
 void expectParsed(const std::string& text, int length, int result, const ExifInfo& expected) {
-  build::MemoryStream stream("xyz" + text, 3);
+  MemoryStream stream("xyz" + text, 3);
   ExifInfo info = record();
   EXPECT_EQ(parse_image_description(stream.get(), length, &info), result) << text;
   EXPECT_TRUE(bytesOf(info) == bytesOf(expected))
@@ -87,7 +84,7 @@ TEST(ImageDescription, ReadsTheTextAnnouncedAndNoMore) {
 
   // A text longer than the first buffer, and the stream left right behind it.
   const std::string longText = "a, b, c, d, e, f, " + std::string(100000, '.') + ", 1s, R30 G30 B3";
-  build::MemoryStream stream(longText + "Z");
+  MemoryStream stream(longText + "Z");
   ExifInfo info = record();
   EXPECT_EQ(parse_image_description(stream.get(), static_cast<int>(longText.size()), &info), 3);
   EXPECT_EQ(std::fgetc(stream.get()), 'Z');

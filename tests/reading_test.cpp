@@ -49,11 +49,6 @@ std::string recordTold(const ExifInfo& i) {
          field("xmp", i.xmpLength) + field("xmpAt", i.xmpOffset) + field<std::string>("lens", i.lens);
 }
 
-template <typename Record>
-std::string bytesOf(const Record& record) {
-  return {reinterpret_cast<const char*>(&record), sizeof record};
-}
-
 std::string outcomeOf(const std::function<int(ExifInfo*)>& read) {
   ExifInfo info;
   std::memset(&info, 0xA5, sizeof info);

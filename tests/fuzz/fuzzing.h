@@ -72,11 +72,6 @@ class MemoryFile {
   char path_[32];
 };
 
-template <typename T>
-std::string bytesOf(const T& record) {
-  return {reinterpret_cast<const char*>(&record), sizeof record};
-}
-
 inline void requireTexts(const ExifInfo& info) {
   require(info.model[63] == 0 && info.dateTimeOriginal[19] == 0 && info.gpsDateStamp[10] == 0 && info.lens[63] == 0);
 }

@@ -6,14 +6,10 @@
 
 using namespace calls;
 
-static std::string records() {
-  return {std::string(reinterpret_cast<const char*>(&kMeta), sizeof kMeta) +
-          std::string(reinterpret_cast<const char*>(&kCameraGps), sizeof kCameraGps)};
-}
-
 static std::string tiffFile(char channels, char depth, const std::string& xmp) {
   return "\5\4"s + channels + depth + "\1\6\0\1\x40" + std::string(16, 'i') + "RGB " + std::string(44, 'i') +
-         "\6\x1C\2\x19\0\1s" + std::string(44, '\1') + records() + std::string(60, '\1') + xmp;
+         "\6\x1C\2\x19\0\1s" + std::string(44, '\1') + bytesOf(kMeta) + bytesOf(kCameraGps) + std::string(60, '\1') +
+         xmp;
 }
 
 int main(int, char** arguments) {
@@ -35,7 +31,7 @@ int main(int, char** arguments) {
       {"profile_name", {kIcc}},
       {"iptc", {"\4" + kIptc, "\4", "\0"s + dataset(1, 90, "u") + dataset(2, 0, "ab")}},
       {"tiff_tag", {"\1\0\5"s + kTiffFile}},
-      {"exif_block", {"\6" + numbers(32, {5, 44, 9, 90, 13, 6, 20, 11}) + records()}},
+      {"exif_block", {"\6" + numbers(32, {5, 44, 9, 90, 13, 6, 20, 11}) + bytesOf(kMeta) + bytesOf(kCameraGps)}},
       {"tiff_file", {tiffFile(2, 0, kXmp), tiffFile(3, 1, ""), tiffFile(0, 3, kXmp + '\0')}},
   };
   for (const int method : {1, 2, 3, 4, 10, 11, 13, 14, 15}) {

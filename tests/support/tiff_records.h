@@ -14,6 +14,11 @@ inline const Tiff kTiff{ByteOrder::little};
 
 inline const uint8_t* bytesAt(const std::string& text) { return reinterpret_cast<const uint8_t*>(text.data()); }
 
+template <typename Record>
+std::string bytesOf(const Record& record) {
+  return {reinterpret_cast<const char*>(&record), sizeof record};
+}
+
 // Little-endian numbers of 16 or 32 bits.
 inline std::string numbers(int bits, const std::vector<uint32_t>& values) {
   std::string bytes;
