@@ -9,7 +9,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-enum { kTiff = 0, kJpeg = 1, kWidth = 64, kHeight = 48, kToneBalancer = 4, kAverage = 14 };
+enum { kWidth = 64, kHeight = 48 };
 
 static int failed(const char* what, int result) {
   fprintf(stderr, "%s: result %d\n", what, result);
@@ -41,7 +41,7 @@ static int writeImage(const char* path, const MetadataBuf* meta, const GpsBuf* g
   }
   makeProfile(profile, sizeof profile);
   add_iptc_keyword(0, NULL, (int)strlen(keyword), (const unsigned char*)keyword, iptc);
-  def_param(kToneBalancer, settings);
+  def_param(LUMENFORGE_TONE_BALANCER, settings);
 
   memset(&info, 0, sizeof info);
   info.width = kWidth;
@@ -52,7 +52,7 @@ static int writeImage(const char* path, const MetadataBuf* meta, const GpsBuf* g
   info.iccLength = sizeof profile;
   info.orientation = (int32_t)meta->orientation;
   return buf2tif(pixels, &info, sizeof pixels[0], profile, meta, gps, 12 + (int)strlen(keyword),
-                 iptc, kToneBalancer, settings, 0, NULL, path);
+                 iptc, LUMENFORGE_TONE_BALANCER, settings, 0, NULL, path);
 }
 
 /* The settings that the file's packet holds; its method, or what says that there is none. */
@@ -78,12 +78,12 @@ static int addSettings(const float* settings) {
   int length = sizeof begun;
   int set;
   int sets = -4;
-  const int room = insert_xmp(0, kAverage, settings, 0, 0, NULL);
+  const int room = insert_xmp(0, LUMENFORGE_AVERAGE, settings, 0, 0, NULL);
   char* packet = calloc(sizeof begun + 2 * (size_t)room, 1);
   if (packet == NULL) return sets;
   memcpy(packet, begun, sizeof begun);
   for (set = 1; set <= 2; ++set) {
-    const int inserted = insert_xmp(set, kAverage, settings, length, room, packet);
+    const int inserted = insert_xmp(set, LUMENFORGE_AVERAGE, settings, length, room, packet);
     if (inserted > 0) length += inserted;
   }
   sets = lfsettings_occurences_in_xmp(length, (const unsigned char*)packet);
@@ -104,7 +104,7 @@ int main(int argc, char** argv) {
   }
   memset(&meta, 0, sizeof meta);
   memset(&gps, 0, sizeof gps);
-  get_exif_data(argv[1], kJpeg, &meta, &gps);
+  get_exif_data(argv[1], LUMENFORGE_JPEG, &meta, &gps);
   printf("%s: %d/%d s, ISO %u\n", meta.model, (int)meta.exposureTime[0], (int)meta.exposureTime[1],
          (unsigned)meta.iso);
 
@@ -112,9 +112,9 @@ int main(int argc, char** argv) {
   if (result != kHeight) return failed("writing the image", result);
 
   memset(&meta, 0, sizeof meta);
-  get_exif_data(argv[2], kTiff, &meta, &gps);
+  get_exif_data(argv[2], LUMENFORGE_TIFF, &meta, &gps);
   result = readSettings(argv[2], &meta, settings);
-  if (result != kToneBalancer) return failed("reading the settings back", result);
+  if (result != LUMENFORGE_TONE_BALANCER) return failed("reading the settings back", result);
   printf("%s: %s, method %d, strength %.1f\n", argv[2], meta.model, result, (double)settings[0]);
 
   result = addSettings(settings);

@@ -39,6 +39,68 @@ extern "C" {
 #endif
 
 /* ---------------------------------------------------------------------------------------------
+ * Names of numbers
+ * ------------------------------------------------------------------------------------------ */
+
+/* The version of this header. The major number is that of the shared library's SONAME. */
+#define LUMENFORGE_VERSION_MAJOR 1
+#define LUMENFORGE_VERSION_MINOR 0
+#define LUMENFORGE_VERSION_PATCH 0
+#define LUMENFORGE_VERSION_STRING "1.0.0"
+
+/* Results that mean the same wherever a function lists them. */
+enum {
+  LUMENFORGE_OK = 1,
+  LUMENFORGE_CANNOT_READ = -1,
+  LUMENFORGE_WRONG_SIGNATURE = -2, /* or no byte-order mark */
+  LUMENFORGE_UNSUPPORTED = -3,
+  LUMENFORGE_NO_MEMORY = -4,
+  LUMENFORGE_OTHER_METHOD = -5 /* no settings method, or another */
+};
+
+/* Results of single functions that a host may want to tell apart. */
+enum {
+  LUMENFORGE_NOT_TERMINATED = -3,        /* settings: the text does not end in NUL */
+  LUMENFORGE_NO_MARKER = -10,            /* getExifData: no FF where a marker should start */
+  LUMENFORGE_TOO_SHORT_FOR_PACKET = -34, /* insert_xmp */
+  LUMENFORGE_TOO_SHORT_FOR_TAG = -130,   /* insert_xmp */
+  LUMENFORGE_HEADER_NOT_WRITTEN = -2,    /* buf2tif, by the stage that failed */
+  LUMENFORGE_PIXELS_NOT_WRITTEN = -3,
+  LUMENFORGE_UNSUPPORTED_IMAGE = -6,
+  LUMENFORGE_DIRECTORY_NOT_WRITTEN = -12,
+  LUMENFORGE_NO_PROFILE_ENTRY = 0, /* update_tif_profile: nothing to update */
+  LUMENFORGE_PROFILE_NOT_UPDATED = -2
+};
+
+/* The kinds of file that getExifData reads. */
+enum { LUMENFORGE_TIFF = 0, LUMENFORGE_JPEG = 1, LUMENFORGE_PSD = 2 };
+
+/* What to read from a packet, where not the settings of a method. */
+enum { LUMENFORGE_SELECT_METHOD = -1, LUMENFORGE_SELECT_LENS = 100 };
+
+/* Settings methods. Added to one: its block without the packet around it (embed_xmp). */
+enum {
+  LUMENFORGE_UNKNOWN_METHOD = 0,
+  LUMENFORGE_DETAILS_ENHANCER = 1,
+  LUMENFORGE_TONE_COMPRESSOR = 2,
+  LUMENFORGE_CONTRAST_OPTIMIZER = 3,
+  LUMENFORGE_TONE_BALANCER = 4,
+  LUMENFORGE_FUSION_NATURAL = 10,
+  LUMENFORGE_FUSION_INTENSIVE = 11,
+  LUMENFORGE_METHOD_TWELVE = 12, /* has defaults and no name */
+  LUMENFORGE_FUSION_2_IMAGES = 13,
+  LUMENFORGE_AVERAGE = 14,
+  LUMENFORGE_FUSION_INTERIOR = 15,
+  LUMENFORGE_WITHOUT_WRAPPER = 200
+};
+
+/* The kinds of value that searchForTag reads. */
+enum { LUMENFORGE_NUMBER = 0, LUMENFORGE_YES_NO = 1, LUMENFORGE_LIST = 20 };
+
+/* TifImageInfo.bitsPerSample of 16-bit floating point, beside 8, 16 and 32. */
+enum { LUMENFORGE_HALF_FLOAT = 3216 };
+
+/* ---------------------------------------------------------------------------------------------
  * Records
  * ------------------------------------------------------------------------------------------ */
 

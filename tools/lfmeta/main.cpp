@@ -5,8 +5,11 @@
 #include <cstdio>
 #include <exception>
 
-#include "commands.h"
-#include "report.h"
+#include "base/failure.h"
+#include "base/report.h"
+#include "commands/commands.h"
+
+namespace lfmeta {
 
 namespace {
 
@@ -16,37 +19,38 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.get_formatter()->column_width(34);
 
-  int exitStatus = kSuccess;
-  addReadCommand(app, exitStatus);
-  addSettingsCommand(app, exitStatus);
-  addTiffCommand(app, exitStatus);
-  addIccCommand(app, exitStatus);
-  addExifCommand(app, exitStatus);
-  addHdrCommand(app, exitStatus);
+  Run chosen;
+  addReadCommand(app, chosen);
+  addSettingsCommand(app, chosen);
+  addTiffCommand(app, chosen);
+  addIccCommand(app, chosen);
+  addExifCommand(app, chosen);
+  addHdrCommand(app, chosen);
 
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kSuccess : kUsageError;
   }
-  return exitStatus;
+  return runReportingFailure(chosen);
 }
 
 }  // namespace
 
+}  // namespace lfmeta
+
 int main(int argc, char** argv) {
+  using namespace lfmeta;
   static std::array<char, 65536> buffer;
-  if (isatty(STDOUT_FILENO) == 0) {
-    std::setvbuf(stdout, buffer.data(), _IOFBF, buffer.size());
-  }
+  if (isatty(STDOUT_FILENO) == 0) std::setvbuf(stdout, buffer.data(), _IOFBF, buffer.size());
   int exitStatus = kFailure;
   try {
     exitStatus = run(argc, argv);
   } catch (const std::exception& error) {
-    fail("lfmeta", error.what());
+    printFailure("lfmeta", error.what());
   }
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    fail("standard output", "cannot be written");
+    printFailure("standard output", "cannot be written");
     return kFailure;
   }
   return exitStatus;

@@ -1,0 +1,37 @@
+// What the tool says: exit statuses, failures in one line, and JSON.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+namespace lfmeta {
+
+inline constexpr int kSuccess = 0;
+inline constexpr int kFailure = 1;     // at least one file failed; the others were done
+inline constexpr int kUsageError = 2;  // the command line cannot be understood
+
+// Fields keep the order in which they are added.
+using Json = nlohmann::ordered_json;
+
+// One line on standard error: "lfmeta: FILE: MESSAGE".
+void printFailure(std::string_view file, std::string_view message);
+
+// The text with its control characters replaced: what a file says must not drive the terminal.
+std::string printable(std::string_view text);
+
+// One line of text, without a line feed. Bytes that are not UTF-8 become U+FFFD, a number that is
+// not finite becomes null.
+std::string jsonLine(const Json& value);
+
+// The float as JSON shows it best: the shortest decimal that reads back as the same float.
+Json jsonNumber(float value);
+
+// A text in a fixed array, up to its NUL.
+template <std::size_t size>
+std::string_view textOf(const char (&text)[size]) {
+  const std::string_view all(text, size);
+  return all.substr(0, all.find('\0'));
+}
+
+}  // namespace lfmeta

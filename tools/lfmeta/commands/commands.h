@@ -1,0 +1,27 @@
+// The subcommands, one file each. A command adds its options to the app; when it is the one that
+// was asked for, parsing the command line chooses it to be run afterwards.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <memory>
+
+namespace lfmeta {
+
+// Returns the exit status; throws Failure.
+using Run = std::function<int()>;
+
+void addReadCommand(CLI::App& app, Run& chosen);
+void addSettingsCommand(CLI::App& app, Run& chosen);
+void addTiffCommand(CLI::App& app, Run& chosen);
+void addIccCommand(CLI::App& app, Run& chosen);
+void addExifCommand(CLI::App& app, Run& chosen);
+void addHdrCommand(CLI::App& app, Run& chosen);
+
+template <typename Options>
+void runWhenAsked(CLI::App& command, Run& chosen, const std::shared_ptr<Options>& options,
+                  int (*run)(const Options&)) {
+  command.callback([&chosen, options, run] { chosen = [options, run] { return run(*options); }; });
+}
+
+}  // namespace lfmeta

@@ -1,0 +1,22 @@
+// The options --method and --set, as every command takes them that writes settings.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace lfmeta {
+
+struct SettingsOptions {
+  std::optional<std::string> method;
+  std::vector<std::string> assignments;
+
+  // Returns the option --method.
+  CLI::Option* addTo(CLI::App& command);
+  // Fills the record; returns the number of the method, or 0 when none was asked for. Throws
+  // Failure.
+  int read(float* params) const;
+};
+
+}  // namespace lfmeta

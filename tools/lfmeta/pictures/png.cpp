@@ -1,0 +1,108 @@
+// PNG pictures, through libpng: gray or colour in 8 or 16 bits, smaller depths and palettes
+// widened.
+#include <png.h>
+
+#include <csetjmp>
+#include <cstring>
+#include <stdexcept>
+
+#include "pictures/picture.h"
+
+namespace lfmeta {
+
+namespace {
+
+struct Source {
+  std::span<const unsigned char> rest;
+  std::string error;
+};
+
+void readBytes(png_structp png, png_bytep out, std::size_t size) {
+  auto& source = *static_cast<Source*>(png_get_io_ptr(png));
+  if (size > source.rest.size()) png_error(png, "the file ends too early");
+  std::memcpy(out, source.rest.data(), size);
+  source.rest = source.rest.subspan(size);
+}
+
+[[noreturn]] void leave(png_structp png, png_const_charp message) {
+  static_cast<Source*>(png_get_error_ptr(png))->error = message;
+  png_longjmp(png, 1);
+}
+
+void ignore(png_structp, png_const_charp) {}
+
+void chooseTransformations(png_structp png, png_infop info) {
+  png_set_palette_to_rgb(png);
+  if (png_get_color_type(png, info) == PNG_COLOR_TYPE_GRAY && png_get_bit_depth(png, info) < 8) {
+    png_set_expand_gray_1_2_4_to_8(png);
+  }
+  png_set_swap(png);  // 16-bit samples: from the file's order to the machine's
+}
+
+void copyProfile(png_structp png, png_infop info, Bytes& profile) {
+  png_charp name = nullptr;
+  int compression = 0;
+  png_bytep bytes = nullptr;
+  png_uint_32 size = 0;
+  if (png_get_iCCP(png, info, &name, &compression, &bytes, &size) != 0) {
+    profile.assign(bytes, bytes + size);
+  }
+}
+
+// An error of libpng leaves `run` by a jump, so that it must hold nothing to be released.
+bool guarded(png_structp png, void (*run)(png_structp, png_infop, Image&), png_infop info,
+             Image& image) {
+  if (setjmp(png_jmpbuf(png)) != 0) return false;
+  run(png, info, image);
+  return true;
+}
+
+void readHeader(png_structp png, png_infop info, Image& image) {
+  png_read_info(png, info);
+  copyProfile(png, info, image.iccProfile);
+  chooseTransformations(png, info);
+}
+
+void readRows(png_structp png, png_infop info, Image& image) {
+  const int passes = png_set_interlace_handling(png);
+  png_read_update_info(png, info);
+  for (int pass = 0; pass < passes; ++pass) {
+    for (int y = 0; y < image.height; ++y) png_read_row(png, image.row(y), nullptr);
+  }
+  png_read_end(png, nullptr);
+}
+
+int channelsWritten(png_structp png, png_infop info) {
+  return png_get_color_type(png, info) == PNG_COLOR_TYPE_PALETTE ? 3 : png_get_channels(png, info);
+}
+
+struct Reader {
+  png_structp png = nullptr;
+  png_infop info = nullptr;
+  ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
+};
+
+}  // namespace
+
+Image decodePng(std::span<const unsigned char> file) {
+  Source source{file, {}};
+  Image image;
+  Reader reader;
+  reader.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &source, leave, ignore);
+  reader.info = reader.png == nullptr ? nullptr : png_create_info_struct(reader.png);
+  if (reader.info == nullptr) throw std::bad_alloc();
+  png_set_read_fn(reader.png, &source, readBytes);
+  if (!guarded(reader.png, readHeader, reader.info, image)) {
+    throw std::runtime_error("is a damaged PNG picture: " + source.error);
+  }
+  allocatePixels(
+      image, png_get_image_width(reader.png, reader.info),
+      png_get_image_height(reader.png, reader.info), channelsWritten(reader.png, reader.info),
+      png_get_bit_depth(reader.png, reader.info) == 16 ? Sample::integer16 : Sample::integer8);
+  if (!guarded(reader.png, readRows, reader.info, image)) {
+    throw std::runtime_error("is a damaged PNG picture: " + source.error);
+  }
+  return image;
+}
+
+}  // namespace lfmeta
