@@ -1,20 +1,14 @@
-"""lfmeta read, run as a user runs it. The judge of what a photograph says is ExifTool. Needs LFMETA,
-the tool to run."""
+"""lfmeta read, run as a user runs it. The judge of what a photograph says is ExifTool."""
 import json, os, pathlib, pty, shutil, subprocess, tempfile, unittest
 
-LFMETA = os.environ["LFMETA"]
-PHOTO = pathlib.Path(__file__).resolve().parent.parent / "examples" / "photo.jpg"
+from support.tool import EXAMPLE as PHOTO, LFMETA, run
+
 # Our names that differ from ExifTool's by more than the first letter, and those that do not.
 NAMES = {"iso": "ISO", "focalLength35mm": "FocalLengthIn35mmFormat",
          "thumbOffset": "ThumbnailOffset", "thumbLength": "ThumbnailLength"}
 for name in ["model", "lens", "dateTimeOriginal", "exposureTime", "fNumber", "focalLength",
              "orientation", "focalPlaneXResolution", "focalPlaneResolutionUnit"]:
     NAMES[name] = name[0].upper() + name[1:]
-
-
-def run(*words):
-    done = subprocess.run([str(word) for word in words], capture_output=True)
-    return done.returncode, done.stdout, done.stderr.decode()
 
 
 def read(*words):

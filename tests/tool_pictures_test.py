@@ -1,0 +1,91 @@
+"""lfmeta tiff and hdr: pictures of every format in, judged by ImageMagick and plain arithmetic."""
+import json, math, struct, subprocess, unittest
+
+from support.tool import *
+
+
+def half(value):  # struct refuses what rounds to infinity
+    return struct.pack("<e", math.copysign(math.inf, value) if abs(value) >= 65520 else value)
+
+
+def floats(values, order="<"):
+    return b"".join(struct.pack(order + "f", value) for value in values)
+
+
+def radiance(rows, size=(H, W)):
+    return b"#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y %d +X %d\n" % size + b"".join(rows)
+
+
+def pfm(values, order):
+    return b"Pf\n%d 1\n%s1.0\n" % (len(values), b"-" * (order == "<")) + floats(values, order)
+
+
+def convert(data, how):
+    return subprocess.run(["convert", "-", *how.split()], input=data, capture_output=True).stdout
+
+
+# Around every edge of the halves: ties to even, the largest, what becomes infinite, subnormals.
+HALVES = [0.0, -0.0, 1.0, 0.1, 2049.0, 2051.0, 65504.0, 65519.0, -65520.0, 1e9, 2**-14 - 2**-26, 2**-24, 2**-25,
+          2**-25 * 1.01, 3 * 2**-25, 6e-8, float("inf"), float("nan")]
+RAMP = pfm([-1.0, 0.0, 0.5, 1.0, 7.0, float("nan"), 0.7 / 255, 0.3 / 65535], "<")
+DEEP = pnm(b"P6", b"".join(bytes([v, v ^ 85]) for v in RGB), 65535)
+# One picture in both kinds of scanlines: six equal pixels, then 128 others, one row of them black.
+ROWS = [[b"\x09\x08\x07\x82"] * 6 + [RGB[3 * (y * W + x):][:3] + bytes([(y != 3) * (99 + x + y)]) for x in range(6, W)]
+        for y in range(H)]
+PIXELS = radiance(row[0] + b"\1\1\1\3\1\1\1\0" + b"".join(row[4:]) for row in ROWS)
+PLANES = radiance(bytes([2, 2, 0, W]) + b"".join(bytes([134, row[0][c], 128, *(pixel[c] for pixel in row[6:])])
+                                                 for c in range(4)) for row in ROWS)
+LINEAR = floats([p[c] * 2.0 ** (p[3] - 136) * (p[3] > 0) for row in ROWS for p in row for c in range(3)])
+
+
+class ToolPictures(ToolTest):
+    def test_decoders_and_depths(self):
+        swapped, palette = b"".join(bytes([v ^ 85, v]) for v in RGB), convert(COLOR, "-colors 99 png8:-")
+        pam = b"P7\nWIDTH 134\nHEIGHT 5\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + convert(COLOR, "rgba:-")
+        for data, expected, *depth in [
+                (COLOR, RGB), (pnm(b"P3", b" ".join(b"%d" % v for v in RGB)), RGB), (pam, RGB), (DEEP, RGB, "8"),
+                (DEEP, swapped), (convert(DEEP, "png48:-"), swapped), (convert(COLOR, "-interlace PNG png32:-"), RGB),
+                (pnm(b"P5", RGB[::3]), RGB[::3]), (pnm(b"P2", b"0 2 4\n7", 7, (2, 2)), b"\0\x49\x92\xff"),
+                (palette, convert(palette, "rgb:-")), (PHOTO, convert(PHOTO, "rgb:-")),
+                (PIXELS, LINEAR), (PLANES, LINEAR), (pfm([0, 1, 7], ">"), floats([0, 1, 7])),
+                (radiance([b"\4\5\6\x88\1\1\1\x57\1\1\1\2\7\5\6\x88\1\1\1\1"], (1, 602)),
+                 floats([4, 5, 6] * 600 + [7, 5, 6] * 2)),
+                (b"PF\n1 2\n-1\n" + bytes(range(24)), bytes([*range(12, 24), *range(12)])),
+                (RAMP, bytes([0, 0, 128, 255, 255, 0, 1, 0]), "8"),
+                (RAMP, struct.pack("<8H", 0, 0, 32768, 65535, 65535, 0, 180, 0), "16"),
+                (pfm(HALVES, ">"), b"".join(map(half, HALVES)), "half"),
+                (COLOR, bytes(v for v in RGB for twice in (0, 1)), "16"),
+                (COLOR, b"".join(half(v / 255) for v in RGB), "half"), (COLOR, floats(v / 255 for v in RGB), "float")]:
+            self.files(**{"in": data})
+            self.good("tiff in out.tif" + " --depth ".join(["", *depth]))
+            tiff = (self.dir / "out.tif").read_bytes()
+            self.assertEqual(tiff[8:struct.unpack_from("<I", tiff, 4)[0]], expected, (data[:20], depth))
+            for cut in [] if depth else [2, 9, len(data) // 2, len(data) - 4]:
+                self.files(**{"in": data[:cut]})
+                self.bad("in: ", "tiff in out.tif")
+
+    def test_malformed_pictures(self):
+        row = bytes([2, 2, 0, W])
+        for data in [b"GIF89a", pnm(b"P6", RGB, 0), pnm(b"P6", RGB, 70000), pnm(b"P2", b"9 9", 8, (1, 2)),
+                     pnm(b"P5", b"", 255, (2**31 - 1, 2**31 - 1)), pnm(b"P5", b"x", 255, (0, 1)), COLOR[:-1],
+                     PIXELS[:-1], PLANES[:-1], RAMP[:-1], radiance([b"\1\1\1\1", bytes(4 * W * H)]),
+                     radiance([b"\5\5\5\x09\1\1\1", row[3:]], (1, W)), radiance([row, bytes(400)]),
+                     radiance([row, b"\xff\1" * 40]), PLANES.replace(row, b"\2\2\0\x87"),
+                     PIXELS.replace(b"-Y", b"-Z"), PIXELS.replace(b"rgbe", b"xyze"),
+                     PIXELS.replace(b" 134\n", b" 999999999\n"), PIXELS.replace(b"-Y 5", b"-Y 99999999")]:
+            self.files(**{"in": data})
+            for line in ["tiff in out.tif", "hdr in"]:
+                self.bad("in: ", line)
+
+    def test_brightness_of_a_picture(self):
+        values = [(19 * r + 183 * g + 54 * b >> 8) * 2.0 ** (e - 136) for row in ROWS for r, g, b, e in row if e]
+        low, high = min(filter(None, values)), max(values)
+        self.files(planes=PLANES, black=radiance([bytes(4 * W * H)]))
+        found = json.loads(self.good("hdr --json planes")).values()
+        wanted = [W, H, low, high, sum(values) / len(values), math.log2(high / low)]
+        self.assertEqual(floats([*found][1:]), floats(wanted))
+        self.assertIsNone(json.loads(self.good("hdr --json black"))["stops"])
+        self.assertIn("black", self.good("hdr black"))
+
+if __name__ == "__main__":
+    unittest.main()
