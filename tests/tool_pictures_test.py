@@ -1,5 +1,5 @@
 """lfmeta tiff and hdr: pictures of every format in, judged by ImageMagick and plain arithmetic."""
-import json, math, struct, subprocess, unittest
+import json, math, struct, subprocess, unittest, zlib
 
 from support.tool import *
 
@@ -18,6 +18,33 @@ def radiance(rows, size=(H, W)):
 
 def pfm(values, order):
     return b"Pf\n%d 1\n%s1.0\n" % (len(values), b"-" * (order == "<")) + floats(values, order)
+
+
+def png_chunk(kind, data):
+    return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+
+
+# A picture of 9 x 9 in any kind and depth, with what a reader without opacity is to make of it.
+def png(kind, depth, interlaced, transparent):
+    channels, size = {0: 1, 2: 3, 3: 1, 4: 2, 6: 4}[kind], 9
+    value = lambda x, y, c: (x * 0x2B37 + y * 0x111B + c * 0x0705) % 2 ** depth
+    rows = b""
+    for x0, y0, dx, dy in [(0, 0, 8, 8), (4, 0, 8, 8), (0, 4, 4, 8), (2, 0, 4, 4), (0, 2, 2, 4), (1, 0, 2, 2),
+                           (0, 1, 1, 2)] if interlaced else [(0, 0, 1, 1)]:
+        for y in range(y0, size, dy):
+            bits = "".join(f"{value(x, y, c):0{depth}b}" for x in range(x0, size, dx) for c in range(channels))
+            rows += bytes([0, *(int(bits[i:i + 8].ljust(8, "0"), 2) for i in range(0, len(bits), 8))])
+    colors = [(i * 7 % 256, i * 3 % 256, 255 - i) for i in range(2 ** depth)] if kind == 3 else []
+    chunks = [(b"IHDR", struct.pack(">2I5B", size, size, depth, kind, 0, 0, interlaced)), (b"zTXt", b"Comment\0\0damaged"),
+              (b"PLTE", bytes(sum(colors, ())))][:3 if colors else 2]
+    if transparent:
+        chunks.append((b"tRNS", bytes(range(2 ** depth)) if colors else bytes([0, 1] * channels)))
+    chunks += [(b"IDAT", zlib.compress(rows)), (b"IEND", b"")]
+    shown = range(1 if kind in (0, 4) else 3)
+    plain = [colors[value(x, y, 0)][c] if colors else value(x, y, c) for y in range(size) for x in range(size) for c in shown]
+    wanted = struct.pack("<%dH" % len(plain), *plain) if depth == 16 else bytes(
+        v if colors else v * 255 // (2 ** depth - 1) for v in plain)
+    return b"\x89PNG\r\n\x1a\n" + b"".join(png_chunk(*chunk) for chunk in chunks), wanted
 
 
 def convert(data, how):
@@ -39,6 +66,20 @@ LINEAR = floats([p[c] * 2.0 ** (p[3] - 136) * (p[3] > 0) for row in ROWS for p i
 
 
 class ToolPictures(ToolTest):
+    def pixels(self, data, line="tiff in out.tif"):
+        self.files(**{"in": data})
+        self.good(line)
+        tiff = (self.dir / "out.tif").read_bytes()
+        return tiff[8:struct.unpack_from("<I", tiff, 4)[0]]
+
+    def test_every_kind_of_png(self):
+        for kind, depths in {0: [1, 2, 4, 8, 16], 2: [8, 16], 3: [1, 2, 4, 8], 4: [8, 16], 6: [8, 16]}.items():
+            for depth in depths:
+                for interlaced in 0, 1:
+                    for transparent in (0, 1) if kind < 4 else (0,):
+                        data, wanted = png(kind, depth, interlaced, transparent)
+                        self.assertEqual(self.pixels(data), wanted, (kind, depth, interlaced, transparent))
+
     def test_decoders_and_depths(self):
         swapped, palette = b"".join(bytes([v ^ 85, v]) for v in RGB), convert(COLOR, "-colors 99 png8:-")
         pam = b"P7\nWIDTH 134\nHEIGHT 5\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n" + convert(COLOR, "rgba:-")
@@ -56,10 +97,8 @@ class ToolPictures(ToolTest):
                 (pfm(HALVES, ">"), b"".join(map(half, HALVES)), "half"),
                 (COLOR, bytes(v for v in RGB for twice in (0, 1)), "16"),
                 (COLOR, b"".join(half(v / 255) for v in RGB), "half"), (COLOR, floats(v / 255 for v in RGB), "float")]:
-            self.files(**{"in": data})
-            self.good("tiff in out.tif" + " --depth ".join(["", *depth]))
-            tiff = (self.dir / "out.tif").read_bytes()
-            self.assertEqual(tiff[8:struct.unpack_from("<I", tiff, 4)[0]], expected, (data[:20], depth))
+            self.assertEqual(self.pixels(data, "tiff in out.tif" + " --depth ".join(["", *depth])), expected,
+                             (data[:20], depth))
             for cut in [] if depth else [2, 9, len(data) // 2, len(data) - 4]:
                 self.files(**{"in": data[:cut]})
                 self.bad("in: ", "tiff in out.tif")

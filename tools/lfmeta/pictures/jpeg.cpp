@@ -70,6 +70,9 @@ void readHeader(Reader& reader, std::span<const unsigned char> file, Image&) {
 
 void readRows(Reader& reader, std::span<const unsigned char>, Image& image) {
   jpeg_start_decompress(&reader.jpeg);
+  const std::size_t rowSize = std::size_t{reader.jpeg.output_width} *
+                              static_cast<std::size_t>(reader.jpeg.output_components);
+  if (rowSize != image.rowSize()) ERREXIT(&reader.jpeg, JERR_BAD_LENGTH);
   while (reader.jpeg.output_scanline < reader.jpeg.output_height) {
     JSAMPROW row = image.row(static_cast<int>(reader.jpeg.output_scanline));
     jpeg_read_scanlines(&reader.jpeg, &row, 1);

@@ -31,11 +31,11 @@ void readBytes(png_structp png, png_bytep out, std::size_t size) {
 
 void ignore(png_structp, png_const_charp) {}
 
-void chooseTransformations(png_structp png, png_infop info) {
-  png_set_palette_to_rgb(png);
-  if (png_get_color_type(png, info) == PNG_COLOR_TYPE_GRAY && png_get_bit_depth(png, info) < 8) {
-    png_set_expand_gray_1_2_4_to_8(png);
-  }
+// Palettes, small depths and transparent colours are widened, opacity is left out: what remains is
+// gray or RGB in 8 or 16 bits.
+void chooseTransformations(png_structp png) {
+  png_set_expand(png);
+  png_set_strip_alpha(png);
   png_set_swap(png);  // 16-bit samples: from the file's order to the machine's
 }
 
@@ -60,20 +60,18 @@ bool guarded(png_structp png, void (*run)(png_structp, png_infop, Image&), png_i
 void readHeader(png_structp png, png_infop info, Image& image) {
   png_read_info(png, info);
   copyProfile(png, info, image.iccProfile);
-  chooseTransformations(png, info);
+  chooseTransformations(png);
+  png_set_interlace_handling(png);
+  png_read_update_info(png, info);  // from here on `info` describes the rows as they are read
 }
 
 void readRows(png_structp png, png_infop info, Image& image) {
-  const int passes = png_set_interlace_handling(png);
-  png_read_update_info(png, info);
+  if (png_get_rowbytes(png, info) != image.rowSize()) png_error(png, "its rows have another size");
+  const int passes = png_get_interlace_type(png, info) == PNG_INTERLACE_NONE ? 1 : 7;
   for (int pass = 0; pass < passes; ++pass) {
     for (int y = 0; y < image.height; ++y) png_read_row(png, image.row(y), nullptr);
   }
   png_read_end(png, nullptr);
-}
-
-int channelsWritten(png_structp png, png_infop info) {
-  return png_get_color_type(png, info) == PNG_COLOR_TYPE_PALETTE ? 3 : png_get_channels(png, info);
 }
 
 struct Reader {
@@ -97,7 +95,7 @@ Image decodePng(std::span<const unsigned char> file) {
   }
   allocatePixels(
       image, png_get_image_width(reader.png, reader.info),
-      png_get_image_height(reader.png, reader.info), channelsWritten(reader.png, reader.info),
+      png_get_image_height(reader.png, reader.info), png_get_channels(reader.png, reader.info),
       png_get_bit_depth(reader.png, reader.info) == 16 ? Sample::integer16 : Sample::integer8);
   if (!guarded(reader.png, readRows, reader.info, image)) {
     throw std::runtime_error("is a damaged PNG picture: " + source.error);
