@@ -7,14 +7,6 @@ namespace lumenforge {
 
 enum class ByteOrder : uint8_t { little, big };
 
-// A TIFF byte-order mark: "II" read big-endian means little-endian data, anything else big-endian.
-inline constexpr int kLittleEndianMark = 0x4949;
-inline constexpr int kBigEndianMark = 0x4D4D;
-
-constexpr ByteOrder byteOrderOfMark(int mark) {
-  return (mark & 0xFFFF) == kLittleEndianMark ? ByteOrder::little : ByteOrder::big;
-}
-
 constexpr uint16_t load16(const uint8_t* p, ByteOrder order) {
   return order == ByteOrder::little ? static_cast<uint16_t>(p[0] | p[1] << 8)
                                     : static_cast<uint16_t>(p[0] << 8 | p[1]);

@@ -1,7 +1,7 @@
 // The byte-order readers on a C stream, as the host may call them. The library's own parsers read
 // through base/window.h, which sees the end of the file; here it enters the arithmetic as EOF.
 #include "LumenforgeMetaLib.h"
-#include "base/bytes.h"
+#include "format/tiff.h"
 
 namespace {
 

@@ -35,12 +35,12 @@ bool DirectoryReader::loadChunk() {
 DirectoryEntry DirectoryReader::decode(const uint8_t* bytes) const {
   DirectoryEntry entry;
   entry.offset = offset();
-  entry.tag = load16(bytes, frame_.order);
-  entry.type = load16(bytes + 2, frame_.order);
+  entry.tag = static_cast<Tag>(load16(bytes, frame_.order));
+  entry.type = static_cast<FieldType>(load16(bytes + 2, frame_.order));
   entry.count = load32(bytes + 4, frame_.order);
   std::copy_n(bytes + 8, entry.field.size(), entry.field.begin());
   entry.raw = load32(bytes + 8, frame_.order);
-  const bool inlineShort = entry.type == kTypeShort && entry.count <= 2;
+  const bool inlineShort = entry.type == FieldType::shortInteger && entry.count <= 2;
   entry.value = inlineShort ? load16(bytes + 8, frame_.order) : entry.raw;
   entry.target = frame_.base + entry.value;
   return entry;

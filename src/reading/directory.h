@@ -8,12 +8,9 @@
 #include <optional>
 
 #include "base/window.h"
+#include "format/tiff.h"
 
 namespace lumenforge {
-
-inline constexpr uint16_t kTypeShort = 3;
-inline constexpr uint16_t kTypeLong = 4;
-inline constexpr uint16_t kTypeUndefined = 7;
 
 // What one call may read in all, however directories point at one another. Past it a walk ends as
 // at the end of the file. No real file comes near.
@@ -30,8 +27,8 @@ struct TiffFrame {
 
 struct DirectoryEntry {
   uint64_t offset = 0;  // file position of the entry
-  uint16_t tag = 0;
-  uint16_t type = 0;
+  Tag tag{};
+  FieldType type{};
   uint32_t count = 0;
   std::array<uint8_t, 4> field{};  // the value field as it stands in the file
   uint32_t raw = 0;                // the value field as one 32-bit number
@@ -56,7 +53,6 @@ class DirectoryReader {
   uint64_t offset() const;
 
  private:
-  static constexpr std::size_t kEntrySize = 12;
   static constexpr std::size_t kChunk = 32;
 
   bool loadChunk();

@@ -10,21 +10,6 @@
 namespace lumenforge {
 namespace {
 
-enum ExifTag : uint16_t {
-  kExposureTime = 0x829A,
-  kFNumber = 0x829D,
-  kIsoSpeedRatings = 0x8827,
-  kDateTimeOriginal = 0x9003,
-  kShutterSpeedValue = 0x9201,
-  kApertureValue = 0x9202,
-  kMaxApertureValue = 0x9205,
-  kFocalLength = 0x920A,
-  kFocalPlaneXResolution = 0xA20E,
-  kFocalPlaneResolutionUnit = 0xA210,
-  kExposureIndex = 0xA215,
-  kFocalLengthIn35mmFilm = 0xA405,
-};
-
 struct Fraction {
   int32_t numerator = 0;
   int32_t denominator = 0;
@@ -67,36 +52,36 @@ void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry,
   ExifInfo& info = walk.info;
   const auto fraction = [&] { return readFraction(walk, frame, entry.target); };
   switch (entry.tag) {
-    case kExposureTime:
+    case Tag::exposureTime:
       return setQuotient(fraction(), info.exposureTime);
-    case kFNumber:
+    case Tag::fNumber:
       return setQuotient(fraction(), info.fNumber);
-    case kFocalLength:
+    case Tag::focalLength:
       return setQuotient(fraction(), info.focalLength);
-    case kFocalPlaneXResolution:
+    case Tag::focalPlaneXResolution:
       return setQuotient(fraction(), info.focalPlaneXResolution);
-    case kIsoSpeedRatings:
+    case Tag::isoSpeedRatings:
       info.iso = entry.value;
       return;
-    case kFocalPlaneResolutionUnit:
+    case Tag::focalPlaneResolutionUnit:
       info.focalPlaneResolutionUnit = entry.value;
       return;
-    case kFocalLengthIn35mmFilm:
+    case Tag::focalLengthIn35mmFilm:
       info.focalLength35mm = entry.value;
       return;
-    case kDateTimeOriginal:
+    case Tag::dateTimeOriginal:
       return readLine(walk.window, entry.target, info.dateTimeOriginal);
-    case kShutterSpeedValue:
+    case Tag::shutterSpeedValue:
       if (const auto speed = fraction()) shutterExposure = exposureOfShutterSpeed(*speed);
       return;
-    case kApertureValue:
-    case kMaxApertureValue:
+    case Tag::apertureValue:
+    case Tag::maxApertureValue:
       if (info.fNumber != 0.0F) return;
       if (const auto aperture = fraction(); aperture && aperture->isValid()) {
         info.fNumber = fNumberOfAperture(*aperture);
       }
       return;
-    case kExposureIndex:
+    case Tag::exposureIndex:
       if (info.iso != 0) return;
       if (const auto index = fraction()) info.iso = isoOfExposureIndex(*index);
       return;

@@ -7,17 +7,6 @@
 namespace lumenforge {
 namespace {
 
-enum GpsTag : uint16_t {
-  kGpsLatitudeRef = 1,
-  kGpsLatitude = 2,
-  kGpsLongitudeRef = 3,
-  kGpsLongitude = 4,
-  kGpsAltitudeRef = 5,
-  kGpsAltitude = 6,
-  kGpsTimeStamp = 7,
-  kGpsDateStamp = 29,
-};
-
 constexpr int32_t kDateStampLength = 10;  // YYYY:MM:DD
 
 // Whole fractions only, from the front, as many as the file holds of `count`.
@@ -48,24 +37,24 @@ void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry) 
   const uint64_t target = frame.base + entry.raw;
   const auto count = static_cast<int32_t>(entry.count);
   switch (entry.tag) {
-    case kGpsLatitudeRef:
+    case Tag::gpsLatitudeRef:
       info.gpsLatitudeRef = static_cast<char>(entry.field[0]);
       return;
-    case kGpsLongitudeRef:
+    case Tag::gpsLongitudeRef:
       info.gpsLongitudeRef = static_cast<char>(entry.field[0]);
       return;
-    case kGpsAltitudeRef:
+    case Tag::gpsAltitudeRef:
       info.gpsAltitudeRef = entry.field[0];
       return;
-    case kGpsLatitude:
+    case Tag::gpsLatitude:
       return readFractions(walk, frame, target, count, info.gpsLatitude);
-    case kGpsLongitude:
+    case Tag::gpsLongitude:
       return readFractions(walk, frame, target, count, info.gpsLongitude);
-    case kGpsTimeStamp:
+    case Tag::gpsTimeStamp:
       return readFractions(walk, frame, target, count, info.gpsTimeStamp);
-    case kGpsAltitude:
+    case Tag::gpsAltitude:
       return readFractions(walk, frame, target, 1, info.gpsAltitude);
-    case kGpsDateStamp:
+    case Tag::gpsDateStamp:
       return readDateStamp(walk, target, count);
     default:
       return;

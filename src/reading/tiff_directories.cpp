@@ -1,6 +1,5 @@
 // A TIFF header and its chain of image file directories (TIFF 6.0) -> ExifInfo.
 #include <algorithm>
-#include <string_view>
 
 #include "base/result.h"
 #include "reading/offsets.h"
@@ -9,29 +8,11 @@
 namespace lumenforge {
 namespace {
 
-enum TiffTag : uint16_t {
-  kModel = 0x0110,
-  kOrientation = 0x0112,
-  kThumbnailOffset = 0x0201,
-  kThumbnailLength = 0x0202,
-  kXmpPacket = 0x02BC,
-  kIptcNaa = 0x83BB,
-  kPhotoshopResources = 0x8649,
-  kExifPointer = 0x8769,
-  kGpsPointer = 0x8825,
-};
-
-constexpr uint16_t kTiffNumber = 42;
 constexpr int kLastDirectory = 2;         // directories 0, 1 and 2 are read
 constexpr uint16_t kEntriesOfLast = 255;  // a directory of exactly so many is the last one read
 
-// Bytes of one element of types 0 to 13, one digit a type. Type 13 has 8: hosts rely on what the
-// table gives, also where it surprises.
-constexpr std::string_view kTypeSizes = "11124811248488";
-
 uint64_t valueSize(const DirectoryEntry& entry) {
-  const std::size_t type = entry.type < kTypeSizes.size() ? entry.type : 0;
-  return uint64_t{entry.count} * static_cast<uint64_t>(kTypeSizes[type] - '0');
+  return uint64_t{entry.count} * fieldSize(entry.type);
 }
 
 // A text in the value field itself. Short names are padded with blanks to four characters.
@@ -52,8 +33,8 @@ void takeModel(Walk& walk, const DirectoryEntry& entry) {
 }
 
 void takeIptc(const DirectoryEntry& entry, ExifInfo& info) {
-  if (entry.type == kTypeLong) setIfFits(uint64_t{entry.count} * 4, info.iptcLength);
-  if (entry.type == kTypeUndefined) info.iptcLength = entry.count;
+  if (entry.type == FieldType::longInteger) setIfFits(uint64_t{entry.count} * 4, info.iptcLength);
+  if (entry.type == FieldType::undefined) info.iptcLength = entry.count;
   info.iptcOffset = entry.value;
 }
 
@@ -65,28 +46,28 @@ void takePhotoshopResources(Walk& walk, const DirectoryEntry& entry) {
 void takeEntry(Walk& walk, const TiffFrame& frame, int directory, const DirectoryEntry& entry) {
   ExifInfo& info = walk.info;
   switch (entry.tag) {
-    case kModel:
+    case Tag::model:
       return takeModel(walk, entry);
-    case kOrientation:
-      if (entry.type == kTypeShort) info.orientation = entry.value;
+    case Tag::orientation:
+      if (entry.type == FieldType::shortInteger) info.orientation = entry.value;
       return;
-    case kThumbnailOffset:
+    case Tag::thumbnailOffset:
       if (directory >= 1) setIfFits(entry.target, info.thumbOffset);
       return;
-    case kThumbnailLength:
+    case Tag::thumbnailLength:
       if (directory >= 1) info.thumbLength = entry.value;
       return;
-    case kXmpPacket:
+    case Tag::xmpPacket:
       info.xmpLength = entry.count;
       info.xmpOffset = entry.value;
       return;
-    case kIptcNaa:
+    case Tag::iptcNaa:
       return takeIptc(entry, info);
-    case kPhotoshopResources:
+    case Tag::photoshopResources:
       return takePhotoshopResources(walk, entry);
-    case kExifPointer:
+    case Tag::exifPointer:
       return readExifDirectory(walk, frame, entry.target);
-    case kGpsPointer:
+    case Tag::gpsPointer:
       return readGpsDirectory(walk, frame, entry.target);
     default:
       return;

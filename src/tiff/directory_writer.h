@@ -11,17 +11,9 @@
 #include <span>
 
 #include "base/bytes.h"
+#include "format/tiff.h"
 
 namespace lumenforge {
-
-enum class FieldType : uint16_t {
-  byte = 1,
-  ascii = 2,
-  shortInteger = 3,
-  longInteger = 4,
-  rational = 5,
-  undefined = 7,
-};
 
 // Zero-filled memory that stands at `offset` of a file. Stores outside of it are dropped, so that
 // a writer over no memory at all only measures.
@@ -55,9 +47,11 @@ struct FileMemory {
   }
 };
 
-// Bytes of a directory without its value area.
-constexpr uint64_t directorySize(uint64_t entryCount) {
-  return 2 + 12 * entryCount + 4;
+// "II", 42 and the first directory's offset.
+inline void putTiffHeader(const FileMemory& memory, uint64_t firstDirectory) {
+  memory.put16(0, kLittleEndianMark);
+  memory.put16(2, kTiffNumber);
+  memory.put32(4, static_cast<uint32_t>(firstDirectory & 0xFFFFFFFF));
 }
 
 class DirectoryWriter {
@@ -74,32 +68,41 @@ class DirectoryWriter {
   }
 
   // One SHORT or LONG in the value field.
-  void addShort(uint16_t tag, uint16_t value) {
+  void addShort(Tag tag, uint16_t value) {
     memory_.put16(addEntry(tag, FieldType::shortInteger, 1), value);
   }
-  void addLong(uint16_t tag, uint32_t value) {
+  void addLong(Tag tag, uint32_t value) {
     memory_.put32(addEntry(tag, FieldType::longInteger, 1), value);
   }
 
   // Up to four bytes in the value field.
-  void addInline(uint16_t tag, FieldType type, uint32_t count, std::span<const uint8_t> value) {
+  void addInline(Tag tag, FieldType type, uint32_t count, std::span<const uint8_t> value) {
     memory_.put(addEntry(tag, type, count), value);
   }
 
   // An entry for the next `size` bytes of the value area, whose file offset is returned. Offsets
   // fit 32 bits wherever there is memory to store them in.
-  uint64_t addReference(uint16_t tag, FieldType type, uint32_t count, uint64_t size) {
+  uint64_t addReference(Tag tag, FieldType type, uint32_t count, uint64_t size) {
     const uint64_t place = nextValue_;
     memory_.put32(addEntry(tag, type, count), static_cast<uint32_t>(place & 0xFFFFFFFF));
     nextValue_ += size;
     return place;
   }
 
-  void addBytes(uint16_t tag, FieldType type, uint32_t count, std::span<const uint8_t> value) {
+  void addBytes(Tag tag, FieldType type, uint32_t count, std::span<const uint8_t> value) {
     memory_.put(addReference(tag, type, count, value.size()), value);
   }
 
-  void addShorts(uint16_t tag, std::span<const uint16_t> values) {
+  // The first `length` characters of a text; no entry for a length of 0 or less.
+  void addText(Tag tag, std::span<const char> field, int32_t length) {
+    if (length <= 0) return;
+    const auto size = static_cast<uint32_t>(length);
+    const uint64_t place = addReference(tag, FieldType::ascii, size, size);
+    const auto text = field.first(std::min<std::size_t>(size, field.size()));
+    memory_.put(place, {reinterpret_cast<const uint8_t*>(text.data()), text.size()});
+  }
+
+  void addShorts(Tag tag, std::span<const uint16_t> values) {
     const auto count = static_cast<uint32_t>(values.size());
     uint64_t place = addReference(tag, FieldType::shortInteger, count, values.size_bytes());
     for (const uint16_t value : values) {
@@ -109,7 +112,7 @@ class DirectoryWriter {
   }
 
   // Numerators and denominators in turn.
-  void addRationals(uint16_t tag, std::span<const uint32_t> words) {
+  void addRationals(Tag tag, std::span<const uint32_t> words) {
     const auto count = static_cast<uint32_t>(words.size() / 2);
     uint64_t place = addReference(tag, FieldType::rational, count, words.size_bytes());
     for (const uint32_t word : words) {
@@ -127,11 +130,11 @@ class DirectoryWriter {
 
  private:
   // Returns the file offset of the entry's value field.
-  uint64_t addEntry(uint16_t tag, FieldType type, uint32_t count) {
+  uint64_t addEntry(Tag tag, FieldType type, uint32_t count) {
     ++added_;
     const uint64_t entry = nextEntry_;
-    nextEntry_ += 12;
-    memory_.put16(entry, tag);
+    nextEntry_ += kEntrySize;
+    memory_.put16(entry, static_cast<uint16_t>(tag));
     memory_.put16(entry + 2, static_cast<uint16_t>(type));
     memory_.put32(entry + 4, count);
     return entry + 8;

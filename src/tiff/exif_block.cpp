@@ -9,8 +9,6 @@ namespace lumenforge {
 
 namespace {
 
-constexpr uint16_t kTagExifDirectory = 0x8769;
-constexpr uint16_t kTagGpsDirectory = 0x8825;
 constexpr int32_t kDateStampLength = sizeof(GpsBuf::dateStamp);
 
 constexpr int32_t asSigned(uint32_t word) {
@@ -25,11 +23,11 @@ int32_t textLength(std::span<const char> field, int32_t whenFull) {
 }
 
 // Written when the first fraction is positive as signed numbers; 12:00:00 has two that are not.
-void addRationals(DirectoryWriter& directory, uint16_t tag, std::span<const uint32_t> words) {
+void addRationals(DirectoryWriter& directory, Tag tag, std::span<const uint32_t> words) {
   if (asSigned(words[0]) > 0 && asSigned(words[1]) > 0) directory.addRationals(tag, words);
 }
 
-void addRational(DirectoryWriter& directory, uint16_t tag, const int32_t (&fraction)[2]) {
+void addRational(DirectoryWriter& directory, Tag tag, const int32_t (&fraction)[2]) {
   const std::array<uint32_t, 2> words = {static_cast<uint32_t>(fraction[0]),
                                          static_cast<uint32_t>(fraction[1])};
   addRationals(directory, tag, words);
@@ -37,30 +35,31 @@ void addRational(DirectoryWriter& directory, uint16_t tag, const int32_t (&fract
 
 // A reference letter as a text of one character. Hosts rely on this form for the altitude's as
 // well, for which the standard has a BYTE.
-void addReferenceLetter(DirectoryWriter& directory, uint16_t tag, uint8_t letter) {
+void addReferenceLetter(DirectoryWriter& directory, Tag tag, uint8_t letter) {
   if (static_cast<int8_t>(letter) <= 0) return;
   directory.addInline(tag, FieldType::ascii, 2, std::span(&letter, 1));
 }
 
 void addExifEntries(DirectoryWriter& directory, const MetadataBuf& meta, int32_t dateTimeLength) {
-  addRational(directory, 0x829A, meta.exposureTime);
-  addRational(directory, 0x829D, meta.fNumber);
-  if (asSigned(meta.iso) > 0) directory.addShort(0x8827, static_cast<uint16_t>(meta.iso & 0xFFFF));
-  addText(directory, 0x9003, meta.dateTimeOriginal, dateTimeLength);
-  addRational(directory, 0x920A, meta.focalLength);
+  addRational(directory, Tag::exposureTime, meta.exposureTime);
+  addRational(directory, Tag::fNumber, meta.fNumber);
+  if (asSigned(meta.iso) > 0)
+    directory.addShort(Tag::isoSpeedRatings, static_cast<uint16_t>(meta.iso & 0xFFFF));
+  directory.addText(Tag::dateTimeOriginal, meta.dateTimeOriginal, dateTimeLength);
+  addRational(directory, Tag::focalLength, meta.focalLength);
 }
 
 void addGpsEntries(DirectoryWriter& directory, const GpsBuf& gps, int32_t dateLength) {
   constexpr std::array<uint8_t, 4> kVersion = {2, 2, 0, 0};
-  directory.addInline(0x0000, FieldType::byte, 4, kVersion);
-  addReferenceLetter(directory, 0x0001, static_cast<uint8_t>(gps.latitudeRef));
-  addRationals(directory, 0x0002, gps.latitude);
-  addReferenceLetter(directory, 0x0003, static_cast<uint8_t>(gps.longitudeRef));
-  addRationals(directory, 0x0004, gps.longitude);
-  addReferenceLetter(directory, 0x0005, gps.altitudeRef);
-  addRationals(directory, 0x0006, gps.altitude);
-  addRationals(directory, 0x0007, gps.timeStamp);
-  if (dateLength > 0) addText(directory, 0x001D, gps.dateStamp, kDateStampLength);
+  directory.addInline(Tag::gpsVersionId, FieldType::byte, 4, kVersion);
+  addReferenceLetter(directory, Tag::gpsLatitudeRef, static_cast<uint8_t>(gps.latitudeRef));
+  addRationals(directory, Tag::gpsLatitude, gps.latitude);
+  addReferenceLetter(directory, Tag::gpsLongitudeRef, static_cast<uint8_t>(gps.longitudeRef));
+  addRationals(directory, Tag::gpsLongitude, gps.longitude);
+  addReferenceLetter(directory, Tag::gpsAltitudeRef, gps.altitudeRef);
+  addRationals(directory, Tag::gpsAltitude, gps.altitude);
+  addRationals(directory, Tag::gpsTimeStamp, gps.timeStamp);
+  if (dateLength > 0) directory.addText(Tag::gpsDateStamp, gps.dateStamp, kDateStampLength);
 }
 
 constexpr uint64_t positive(int32_t value) {
@@ -68,8 +67,7 @@ constexpr uint64_t positive(int32_t value) {
 }
 
 // A pointer entry whose target is a directory of `count` entries with its values behind it.
-DirectoryWriter addDirectory(DirectoryWriter& directory, uint16_t tag, int32_t count,
-                             int32_t dataSize) {
+DirectoryWriter addDirectory(DirectoryWriter& directory, Tag tag, int32_t count, int32_t dataSize) {
   const uint64_t size = directorySize(positive(count)) + positive(dataSize);
   const uint64_t offset = directory.addReference(tag, FieldType::longInteger, 1, size);
   return {directory.memory(), offset, positive(count)};
@@ -78,14 +76,13 @@ DirectoryWriter addDirectory(DirectoryWriter& directory, uint16_t tag, int32_t c
 // Measures over no memory. Returns the block's size.
 uint64_t writeBlock(const FileMemory& memory, const ExifSizes& sizes, int32_t orientation,
                     const MetadataBuf& meta, const GpsBuf& gps, std::span<const char> make) {
-  constexpr uint64_t kFirstDirectory = 8;
   const unsigned count = 1U + (sizes.makeLength > 0) + (sizes.modelLength > 0) +
                          (sizes.exifCount > 0) + (sizes.gpsCount > 0);
-  putTiffHeader(memory, kFirstDirectory);
-  DirectoryWriter directory(memory, kFirstDirectory, count);
-  addText(directory, kTagMake, make, sizes.makeLength);
-  addText(directory, kTagModel, meta.model, sizes.modelLength);
-  directory.addShort(kTagOrientation, orientationCode(orientation));
+  putTiffHeader(memory, kTiffHeaderSize);
+  DirectoryWriter directory(memory, kTiffHeaderSize, count);
+  directory.addText(Tag::make, make, sizes.makeLength);
+  directory.addText(Tag::model, meta.model, sizes.modelLength);
+  directory.addShort(Tag::orientation, orientationCode(orientation));
   addExifDirectories(directory, sizes, meta, gps);
   return directory.end();
 }
@@ -119,33 +116,18 @@ ExifSizes measureExif(const MetadataBuf& meta, const GpsBuf& gps, MakeText& make
   return sizes;
 }
 
-void addText(DirectoryWriter& directory, uint16_t tag, std::span<const char> field,
-             int32_t length) {
-  if (length <= 0) return;
-  const auto size = static_cast<uint32_t>(length);
-  const uint64_t place = directory.addReference(tag, FieldType::ascii, size, size);
-  const auto bytes = std::as_bytes(field.first(std::min<std::size_t>(size, field.size())));
-  directory.memory().put(place, {reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
-}
-
 void addExifDirectories(DirectoryWriter& directory, const ExifSizes& sizes, const MetadataBuf& meta,
                         const GpsBuf& gps) {
   if (sizes.exifCount > 0) {
     DirectoryWriter exif =
-        addDirectory(directory, kTagExifDirectory, sizes.exifCount, sizes.exifDataSize);
+        addDirectory(directory, Tag::exifPointer, sizes.exifCount, sizes.exifDataSize);
     addExifEntries(exif, meta, sizes.dateTimeLength);
   }
   if (sizes.gpsCount > 0) {
     DirectoryWriter position =
-        addDirectory(directory, kTagGpsDirectory, sizes.gpsCount, sizes.gpsDataSize);
+        addDirectory(directory, Tag::gpsPointer, sizes.gpsCount, sizes.gpsDataSize);
     addGpsEntries(position, gps, sizes.gpsDateLength);
   }
-}
-
-void putTiffHeader(const FileMemory& memory, uint64_t firstDirectory) {
-  memory.put16(0, kLittleEndianMark);
-  memory.put16(2, 42);
-  memory.put32(4, static_cast<uint32_t>(firstDirectory & 0xFFFFFFFF));
 }
 
 }  // namespace lumenforge

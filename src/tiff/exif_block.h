@@ -11,10 +11,6 @@
 
 namespace lumenforge {
 
-inline constexpr uint16_t kTagMake = 0x010F;
-inline constexpr uint16_t kTagModel = 0x0110;
-inline constexpr uint16_t kTagOrientation = 0x0112;
-
 using MakeText = std::array<char, 64>;
 
 // Entry counts, value area sizes and text lengths (terminator included), as get_exif_count tells
@@ -34,9 +30,6 @@ struct ExifSizes {
 // Fills `make` as well, zeros behind the text.
 ExifSizes measureExif(const MetadataBuf& meta, const GpsBuf& gps, MakeText& make);
 
-// The first `length` characters of a text field; no entry for a length of 0 or less.
-void addText(DirectoryWriter& directory, uint16_t tag, std::span<const char> field, int32_t length);
-
 // The pointers to the Exif and the GPS directory, and both directories in the value area.
 void addExifDirectories(DirectoryWriter& directory, const ExifSizes& sizes, const MetadataBuf& meta,
                         const GpsBuf& gps);
@@ -45,8 +38,5 @@ void addExifDirectories(DirectoryWriter& directory, const ExifSizes& sizes, cons
 constexpr uint16_t orientationCode(int32_t orientation) {
   return orientation >= 1 && orientation <= 8 ? static_cast<uint16_t>(orientation) : uint16_t{1};
 }
-
-// "II", 42 and the first directory's offset.
-void putTiffHeader(const FileMemory& memory, uint64_t firstDirectory);
 
 }  // namespace lumenforge

@@ -1,4 +1,4 @@
-// An existing TIFF file: an entry looked up by its tag, and the ICC profile (ICC.1, tag 34675)
+// An existing TIFF file: an entry looked up by its tag, and the ICC profile (ICC.1)
 // replaced by appending the new one and repointing the entry.
 #include <unistd.h>
 
@@ -20,7 +20,7 @@ namespace lumenforge {
 
 namespace {
 
-constexpr int kTagIccProfile = 34675;
+constexpr int kProfileTag = static_cast<int>(Tag::iccProfile);
 
 struct TagLookup {
   int failure = 0;
@@ -29,10 +29,10 @@ struct TagLookup {
 
 // The first directory's offset from the TIFF header at the stream's position.
 std::optional<uint32_t> readHeader(std::FILE* stream) {
-  std::array<uint8_t, 8> header;
+  std::array<uint8_t, kTiffHeaderSize> header;
   if (std::fread(header.data(), header.size(), 1, stream) != 1) return std::nullopt;
   if (load16(header.data(), ByteOrder::little) != kLittleEndianMark) return std::nullopt;
-  if (load16(&header[2], ByteOrder::little) != 42) return std::nullopt;
+  if (load16(&header[2], ByteOrder::little) != kTiffNumber) return std::nullopt;
   return load32(&header[4], ByteOrder::little);
 }
 
@@ -42,7 +42,7 @@ TagLookup findInChain(Window& window, uint64_t offset, int tag) {
   while (offset != 0) {
     DirectoryReader directory(window, offset, {0, ByteOrder::little}, budget);
     while (const std::optional<DirectoryEntry> entry = directory.next()) {
-      if (entry->tag == tag) return {0, *entry};
+      if (static_cast<int>(entry->tag) == tag) return {0, *entry};
     }
     if (!directory.complete()) break;
     if (directory.count() == 0) return {kWrongSignature, {}};
@@ -107,7 +107,7 @@ int updateProfile(const char* path, const DirectoryEntry& entry, uint64_t end,
   if (!seekTo(update.get(), entry.offset)) return kCannotUpdate;
   std::array<uint8_t, 2> tag;
   if (std::fread(tag.data(), tag.size(), 1, update.get()) != 1 ||
-      load16(tag.data(), ByteOrder::little) != kTagIccProfile) {
+      load16(tag.data(), ByteOrder::little) != kProfileTag) {
     return kCannotRead;
   }
   File append = openUnbuffered(path, "ab+");
@@ -134,7 +134,7 @@ int update_tif_profile(int size, const unsigned char* profile, const char* path)
   if (size <= 0) return kCannotRead;
   File reading = openUnbuffered(path, "rb");
   if (reading == nullptr) return failWith("Can not open input file for reading\n");
-  const TagLookup found = findTag(reading.get(), kTagIccProfile);
+  const TagLookup found = findTag(reading.get(), kProfileTag);
   if (found.failure != 0) return kNoProfileEntry;
   const std::optional<uint64_t> end = sizeOf(reading.get());
   reading.reset();

@@ -23,7 +23,6 @@ namespace lumenforge {
 
 namespace {
 
-constexpr uint64_t kHeaderSize = 8;
 constexpr uint64_t kBlockSize = 1048576;
 constexpr uint64_t kLargestFile = std::numeric_limits<uint32_t>::max();
 constexpr int32_t kHalfFloat = 3216;
@@ -103,7 +102,7 @@ std::span<const uint8_t> bytesOf(const uint8_t* data, int32_t size) {
   return {data, static_cast<std::size_t>(std::max(size, 0))};
 }
 
-void addShortOrLong(DirectoryWriter& directory, uint16_t tag, uint32_t value) {
+void addShortOrLong(DirectoryWriter& directory, Tag tag, uint32_t value) {
   if (value > std::numeric_limits<uint16_t>::max()) {
     directory.addLong(tag, value);
   } else {
@@ -115,52 +114,54 @@ void addShortOrLong(DirectoryWriter& directory, uint16_t tag, uint32_t value) {
 void addIptc(DirectoryWriter& directory, std::span<const uint8_t> iptc) {
   const auto words = static_cast<uint32_t>((iptc.size() + 3) / 4);
   const uint64_t place =
-      directory.addReference(0x83BB, FieldType::longInteger, words, uint64_t{words} * 4);
+      directory.addReference(Tag::iptcNaa, FieldType::longInteger, words, uint64_t{words} * 4);
   directory.memory().put(place, iptc);
 }
 
 void addXmp(DirectoryWriter& directory, const XmpRequest& request, const XmpChoice& choice) {
   const auto size = static_cast<uint32_t>(choice.size);
-  const uint64_t place = directory.addReference(0x02BC, FieldType::byte, size, choice.size);
+  const uint64_t place = directory.addReference(Tag::xmpPacket, FieldType::byte, size, choice.size);
   const std::span<uint8_t> out = directory.memory().at(place, choice.size);
   if (!out.empty()) writeXmp(request, choice, out);
 }
 
 void addImageEntries(DirectoryWriter& directory, const ImageDescription& image,
                      const Metadata& metadata) {
-  addShortOrLong(directory, 0x0100, image.width);
-  addShortOrLong(directory, 0x0101, image.height);
+  addShortOrLong(directory, Tag::imageWidth, image.width);
+  addShortOrLong(directory, Tag::imageLength, image.height);
   if (image.samples == 3) {
-    directory.addShorts(0x0102, std::array{image.bits, image.bits, image.bits});
+    directory.addShorts(Tag::bitsPerSample, std::array{image.bits, image.bits, image.bits});
   } else {
-    directory.addShort(0x0102, image.bits);
+    directory.addShort(Tag::bitsPerSample, image.bits);
   }
-  directory.addShort(0x0103, 1);                           // no compression
-  directory.addShort(0x0106, image.samples == 3 ? 2 : 1);  // RGB, or black is zero
-  addText(directory, kTagMake, metadata.make, metadata.sizes.makeLength);
-  addText(directory, kTagModel, metadata.meta->model, metadata.sizes.modelLength);
-  directory.addLong(0x0111, kHeaderSize);  // the strip
-  directory.addShort(kTagOrientation, image.orientation);
-  directory.addShort(0x0115, image.samples);
-  addShortOrLong(directory, 0x0116, image.height);  // rows per strip
-  directory.addLong(0x0117, static_cast<uint32_t>(image.stripSize() & 0xFFFFFFFF));
+  directory.addShort(Tag::compression, 1);  // no compression
+  directory.addShort(Tag::photometricInterpretation,
+                     image.samples == 3 ? 2 : 1);  // RGB, or black is zero
+  directory.addText(Tag::make, metadata.make, metadata.sizes.makeLength);
+  directory.addText(Tag::model, metadata.meta->model, metadata.sizes.modelLength);
+  directory.addLong(Tag::stripOffsets, kTiffHeaderSize);  // the strip
+  directory.addShort(Tag::orientation, image.orientation);
+  directory.addShort(Tag::samplesPerPixel, image.samples);
+  addShortOrLong(directory, Tag::rowsPerStrip, image.height);  // rows per strip
+  directory.addLong(Tag::stripByteCounts, static_cast<uint32_t>(image.stripSize() & 0xFFFFFFFF));
   // Hosts rely on this order, in which three tags do not ascend.
-  directory.addShort(0x011C, 1);  // samples of a pixel side by side
+  directory.addShort(Tag::planarConfiguration, 1);  // samples of a pixel side by side
   const std::array<uint32_t, 2> resolution = {image.resolution * 1000, 1000};
-  directory.addRationals(0x011A, resolution);
-  directory.addRationals(0x011B, resolution);
-  directory.addShort(0x0128, 2);  // per inch
+  directory.addRationals(Tag::xResolution, resolution);
+  directory.addRationals(Tag::yResolution, resolution);
+  directory.addShort(Tag::resolutionUnit, 2);  // per inch
 }
 
 void addOptionalEntries(DirectoryWriter& directory, const ImageDescription& image,
                         const Metadata& metadata) {
   if (image.isFloat) {
-    addText(directory, 0x0131, kSoftware, sizeof kSoftware);
-    directory.addShorts(0x0153, std::array<uint16_t, 3>{3, 3, 3});  // three for one sample, too
+    directory.addText(Tag::software, kSoftware, sizeof kSoftware);
+    directory.addShorts(Tag::sampleFormat,
+                        std::array<uint16_t, 3>{3, 3, 3});  // three for one sample, too
   }
   if (!metadata.icc.empty()) {
-    directory.addBytes(0x8773, FieldType::undefined, static_cast<uint32_t>(metadata.icc.size()),
-                       metadata.icc);
+    directory.addBytes(Tag::iccProfile, FieldType::undefined,
+                       static_cast<uint32_t>(metadata.icc.size()), metadata.icc);
   }
   if (metadata.xmp.size > 0) addXmp(directory, metadata.xmpRequest, metadata.xmp);
   if (!metadata.iptc.empty()) addIptc(directory, metadata.iptc);
@@ -170,7 +171,7 @@ void addOptionalEntries(DirectoryWriter& directory, const ImageDescription& imag
 // Without memory, entries and values are counted only.
 DirectoryWriter writeDirectory(const FileMemory& memory, uint64_t entryCount,
                                const ImageDescription& image, const Metadata& metadata) {
-  DirectoryWriter directory(memory, kHeaderSize + image.stripSize(), entryCount);
+  DirectoryWriter directory(memory, kTiffHeaderSize + image.stripSize(), entryCount);
   addImageEntries(directory, image, metadata);
   addOptionalEntries(directory, image, metadata);
   return directory;
@@ -185,7 +186,7 @@ struct DirectoryPlan {
 // None where the file would pass the offsets' 32 bits.
 std::optional<DirectoryPlan> planDirectory(const ImageDescription& image,
                                            const Metadata& metadata) {
-  const uint64_t offset = kHeaderSize + image.stripSize();
+  const uint64_t offset = kTiffHeaderSize + image.stripSize();
   if (offset > kLargestFile) return std::nullopt;
   const DirectoryWriter measured = writeDirectory({}, 0, image, metadata);
   const uint64_t size = directorySize(measured.entryCount()) + measured.valueSize();
@@ -199,7 +200,7 @@ bool writeWhole(std::FILE* file, std::span<const uint8_t> bytes) {
 
 int writeFile(File file, const PixelRows& rows, const DirectoryPlan& plan,
               const ImageDescription& image, const Metadata& metadata) {
-  std::array<uint8_t, kHeaderSize> header{};
+  std::array<uint8_t, kTiffHeaderSize> header{};
   putTiffHeader({header, 0}, plan.offset);
   if (!writeWhole(file.get(), header)) return kHeaderNotWritten;
 
