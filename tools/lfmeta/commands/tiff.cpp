@@ -5,15 +5,13 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "base/failure.h"
 #include "base/replacement_file.h"
 #include "base/report.h"
 #include "commands/commands.h"
-#include "commands/settings_options.h"
+#include "photos/finished_metadata.h"
 #include "photos/icc_profile.h"
-#include "photos/photo_source.h"
 #include "pictures/sample_depth.h"
 
 namespace lfmeta {
@@ -27,61 +25,14 @@ struct Options {
   std::string in;
   std::string out;
   std::optional<std::string> depth;
-  std::optional<std::string> photo;
-  std::vector<std::string> keywords;
-  std::optional<std::string> profile;
   int resolution = kDefaultResolution;
-  SettingsOptions settings;
+  FinishedMetadataOptions metadata;
 };
 
 const std::map<std::string, Sample> kDepths{{"8", Sample::integer8},
                                             {"16", Sample::integer16},
                                             {"half", Sample::half},
                                             {"float", Sample::float32}};
-
-// All that goes into the file beside the pixels.
-struct Description {
-  MetadataBuf meta{};
-  GpsBuf gps{};
-  int orientation = 0;
-  Bytes iptc;
-  Bytes xmp;
-  Bytes profile;
-  int method = 0;
-  SettingsParams settings{};
-};
-
-void addKeywords(const Options& options, Bytes& iptc) {
-  constexpr std::size_t kMostAdded = 12;  // a new block's first dataset and the keyword's header
-  for (const std::string& keyword : options.keywords) {
-    Bytes longer(iptc.size() + kMostAdded + keyword.size());
-    const int result = add_iptc_keyword(
-        static_cast<int>(iptc.size()), iptc.data(), static_cast<int>(keyword.size()),
-        reinterpret_cast<const unsigned char*>(keyword.data()), longer.data());
-    if (result == -2) throw Failure("--keyword", "takes at most 65535 bytes");
-    if (result < 0) {
-      throw Failure(*options.photo, "has a damaged IPTC block; no keyword can be added to it");
-    }
-    longer.resize(longer.size() - (iptc.empty() ? 0 : 7));
-    iptc = std::move(longer);
-  }
-}
-
-Description describe(const Options& options) {
-  Description description;
-  description.method = options.settings.read(description.settings);
-  if (options.photo) {
-    PhotoSource photo = readPhotoSource(*options.photo);
-    exportRecords(photo.info, description.meta, description.gps);
-    description.orientation = static_cast<int>(photo.info.orientation);
-    description.iptc = std::move(photo.iptc);
-    // A packet that holds settings would win over the settings asked for.
-    if (description.method == 0) description.xmp = std::move(photo.xmp);
-  }
-  addKeywords(options, description.iptc);
-  if (options.profile) description.profile = readForLibrary(*options.profile);
-  return description;
-}
 
 const char* failedStage(int result) {
   switch (result) {
@@ -104,12 +55,12 @@ const char* failedStage(int result) {
 }
 
 int writeTiff(const Options& options) {
-  Description with = describe(options);
+  FinishedMetadata with = options.metadata.read();
   Image image = decodeImage(options.in);
   const Sample asked = options.depth ? kDepths.at(*options.depth) : image.sample;
   const bool narrows = image.sample == Sample::integer16 && asked == Sample::integer8;
   if (!narrows) image = withSamples(std::move(image), asked);
-  if (!options.profile) with.profile = std::move(image.iccProfile);
+  if (!options.metadata.profile) with.profile = std::move(image.iccProfile);
 
   TifImageInfo info{};
   info.width = image.width;
@@ -129,8 +80,8 @@ int writeTiff(const Options& options) {
       &with.gps, static_cast<int>(with.iptc.size()), with.iptc.data(), with.method, with.settings,
       static_cast<int>(with.xmp.size()), with.xmp.data(), file.path().c_str());
   if (result < 0) throw Failure(options.out, failedStage(result));
-  if (options.profile && !readTiffProfile(file.path())) {
-    throw Failure(*options.profile, "is no RGB profile; nothing is written");
+  if (options.metadata.profile && !readTiffProfile(file.path())) {
+    throw Failure(*options.metadata.profile, "is no RGB profile; nothing is written");
   }
   file.commit();
   return kSuccess;
@@ -150,19 +101,10 @@ void addTiffCommand(CLI::App& app, Run& chosen) {
   command->add_option("--depth", options->depth, "Samples: 8, 16, half or float (as IN has them)")
       ->check(CLI::IsMember(kDepths).description(""))
       ->type_name("DEPTH");
-  command
-      ->add_option("--like", options->photo,
-                   "Take camera, exposure, time, position, orientation, IPTC and XMP from it")
-      ->type_name("PHOTO");
-  command->add_option("--keyword", options->keywords, "IPTC keyword; may be repeated")
-      ->type_name("TEXT")
-      ->allow_extra_args(false);
-  command->add_option("--icc", options->profile, "File with an RGB profile (that of IN, if any)")
-      ->type_name("FILE");
+  options->metadata.addTo(*command);
   command->add_option("--resolution", options->resolution, "Pixels per inch (300)")
       ->check(CLI::Range(1, kHighestResolution).description(""))
       ->type_name("N");
-  options->settings.addTo(*command);
   command->footer(
       "Between integers and floating point, 0 to 1 stands for the whole range of the integers:\n"
       "floats outside of it are cut off, and no tone curve is applied. 8 bits become 16 times "

@@ -1,0 +1,39 @@
+// What goes into a finished file beside its pixels, as the options of the command line ask for it.
+#pragma once
+
+#include <LumenforgeMetaLib.h>
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/whole_file.h"
+#include "commands/settings_options.h"
+
+namespace lfmeta {
+
+struct FinishedMetadata {
+  MetadataBuf meta{};
+  GpsBuf gps{};
+  int orientation = 0;  // of the photograph; 0 when it says nothing
+  Bytes iptc;
+  Bytes xmp;
+  Bytes profile;
+  int method = 0;
+  SettingsParams settings{};
+};
+
+// The options --like, --keyword, --icc, --method and --set.
+struct FinishedMetadataOptions {
+  std::optional<std::string> photo;
+  std::vector<std::string> keywords;
+  std::optional<std::string> profile;
+  SettingsOptions settings;
+
+  void addTo(CLI::App& command);
+  // Throws Failure.
+  FinishedMetadata read() const;
+};
+
+}  // namespace lfmeta
