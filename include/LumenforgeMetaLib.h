@@ -16,8 +16,8 @@
  *     share no output record, buffer or file.
  *   - Pointers must not be null unless a comment says that they may be.
  *   - Files are hostile until checked: whatever a file holds, a call reads within it, and its time
- *     and memory are bounded by the file's size. A number that the file ends before leaves its
- *     field as it was and ends the walk that needed it.
+ *     and memory are bounded by the file's size. A value that the file ends before leaves its field
+ *     as it was; a signature that the file ends before does not match.
  *   - The host's locale does not matter and is never changed.
  */
 #ifndef LUMENFORGE_META_LIB_H
@@ -246,23 +246,35 @@ LUMENFORGE_API int init_exifInfo(ExifInfo* info);
  * image resources (JPEG APP13, TIFF tag 34377).
  *
  * At most three directories of the chain are read; a directory of exactly 255 entries is the last.
- * For a JPEG, xmpLength and xmpOffset are kept only when the packet holds settings of method 1, 2,
- * 3, 4, 10, 11, 12 or 15; the lens is kept in either case. xmpOffset and iptcOffset taken from a
- * TIFF entry are the entry's values as they stand. A thumbnail position beyond 4 GiB and an IPTC
- * length that does not fit 32 bits are not recorded.
+ * An offset of a next directory that lies outside the file, or is missing, ends the chain as 0
+ * does. A value outside the file leaves its field, and the directory goes on.
+ *
+ * xmpOffset and iptcOffset from a TIFF entry are the entry's values as they stand: in a JPEG's and
+ * a PSD's directories they count from the TIFF header, not from the start of the file. An XMP entry
+ * wins over a JPEG's XMP segment, the Photoshop block wins over an IPTC entry. The segment's
+ * xmpLength is the packet's bytes and 31 more (its length field and signature); with xmpOffset it
+ * is kept only when the packet holds settings of method 1, 2, 3, 4, 10, 11, 12 or 15, the lens in
+ * either case. A thumbnail or resource whose place lies beyond 4 GiB is not recorded, nor is an
+ * IPTC length that does not fit 32 bits.
  *
  * Returns
  *    1  the walk finished, also when nothing of interest was found
- *   -1  the file cannot be opened or ends before its structure does; a JPEG that does not begin
- *       with FF D8, has five fill bytes in a row ("too many padding bytes" on standard error) or a
- *       segment length below 2 ("invalid marker" on standard error); a PSD without EXIF resource
+ *   -1  the file cannot be opened or ends before its structure does: segments of a JPEG, resources
+ *       of a PSD, the first directory, entries that a directory of the chain announces. A JPEG that
+ *       does not begin with FF D8 or, before its first APP1, has five fill bytes in a row ("too
+ *       many padding bytes" on standard error); a segment length below 2 ("invalid marker" on
+ *       standard error; of the XMP segment it ends the search for XMP). A PSD without EXIF resource
  *       or whose resources do not begin with "8BIM"
- *   -2  a JPEG without APP1 segment, a PSD without "8BPS", no TIFF byte-order mark
+ *   -2  a JPEG without APP1 segment before its scan; a PSD without "8BPS"; no TIFF byte-order mark,
+ *       so also a JPEG whose first APP1 is not EXIF, unless a TIFF header stands behind its first 6
+ *       bytes, which is then read with offsets from the start of the file
  *   -3  a TIFF header without 42, a PSD with fewer than 3 channels or not in RGB mode
  *  -10  JPEG: a byte other than FF where a marker should start
- * On failure `info` holds what had been read before it. Work is bounded: one call reads at most
- * 5 x 65,535 directory entries and 16 Photoshop blocks; past that the walk ends as at the end of
- * the file.
+ * On failure `info` holds what had been read before it. A directory cut short does not hide the
+ * rest: a JPEG's Photoshop block is read all the same, and the result is -1, or -10 from there.
+ *
+ * Work is bounded: one call reads at most 5 x 65,535 directory entries, past which the walk goes on
+ * as at the end of the file, and 16 Photoshop blocks, past which blocks are passed over.
  */
 LUMENFORGE_API int getExifData(const char* path, int fileType, ExifInfo* info);
 
@@ -289,6 +301,7 @@ LUMENFORGE_API int metadataBufFromExifInfo(const ExifInfo* info, MetadataBuf* bu
  * `text`: NUL-terminated, "YYYY:MM:DD HH:MM:SS", six decimal integers; out of range values count
  * on (month 13 is January of the next year). The date is local time; the C library decides about
  * daylight saving.
+ * `*seconds` is exact up to 2^24 (194 days), beyond that the nearest float.
  *
  * Returns 1 with `*seconds` set, or -1 with `*seconds` untouched: the text does not hold six
  * numbers, or the date lies at or before 1970-01-01 00:00:00 UTC or cannot be represented.
@@ -311,6 +324,8 @@ LUMENFORGE_API int get_profile_name(int size, const unsigned char* profile, char
  * Reads an EXIF directory (EXIF 2.3) into `info`: exposure time, f-number, ISO speed, focal
  * lengths, focal-plane resolution and capture date.
  *
+ * `info` must be initialised (init_exifInfo): shutter speed, aperture and exposure index count only
+ * where the field that they stand in for is still 0.
  * `f`: a seekable stream at the directory's first byte; its position afterwards is undefined.
  * `count`: not used. `byteOrder`: as for fgetmi2. `base`: the position that offsets count from.
  *
@@ -328,14 +343,14 @@ LUMENFORGE_API int parse_gps_data(FILE* f, int count, int byteOrder, int base, E
  * `f`: a seekable stream at the block's first byte; its position afterwards is undefined.
  * `length`: bytes to scan; a block that the file cuts short is scanned as far as it goes.
  *
- * Returns thumbLength of the last thumbnail resource found, 1 when there is none, -4 when memory
- * cannot be obtained or `length` is negative.
+ * Returns thumbLength of the last thumbnail resource found (2^31 and more come back negative), 1
+ * when there is none, -4 when memory cannot be obtained or `length` is negative.
  */
 LUMENFORGE_API int parse_photoshop_data(FILE* f, int length, ExifInfo* info);
 
 /*
  * Reads the IPTC block (IPTC-IIM 4) of `length` bytes at `offset` of the file into `buf`, which
- * holds `length` bytes.
+ * holds `length` bytes and is filled on -2, too.
  *
  * Returns `length`; 0 when the block does not end before the end of the file, or `length` or
  * `offset` is negative; -1 when the file cannot be opened, is empty or delivers too few bytes; -2

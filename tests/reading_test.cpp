@@ -8,6 +8,7 @@
 #include <ctime>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <sstream>
 
 #include "support/tiff_records.h"
@@ -197,31 +198,44 @@ std::string photo(const Tiff& t) {
       t.entries("201=l4000; 202=l1234"));
 }
 
-// The thumbnail's place counts from the TIFF header, that of XMP and IPTC does not. A file that ends early says so
-// unless all that its structure needs is there; what it gives is the whole file's or zero.
+// The thumbnail's place counts from the TIFF header, that of XMP and IPTC does not. A file that ends early gives what
+// the whole one gives or zero; by the place where it ends, a signature or number does not match, a structure is damaged
+// (-1), or only values, next directories and their offsets are missing (1).
 TEST(WholeFiles, GiveTheSameRecordFromEveryContainerAndNothingElseWhenCut) {
+  using Results = std::map<std::size_t, int>;  // each from a length on
   for (const Tiff& t : {kTiff, kBig}) {
     const std::string tiff = photo(t);
     const std::string jpeg = kSoi + segment(0xE0, "JFIF") + exifSegment(tiff) + xmpSegment(packet("Average", "L"));
-    const std::string resources = resource(0x400, "odd") + resource(0x404, "\x1C") + resource(0x422, tiff);
-    // What is needed, and what may be missing.
-    const std::string files[][2] = {{tiff, ""}, {jpeg + kEoi, std::string(29, ' ')}, {psd(resources), "behind"}};
+    const std::string psdFile = psd(resource(0x400, "odd") + resource(0x404, "\x1C") + resource(0x422, tiff));
+    const auto resultsFrom = [&](std::size_t base, Results results) {
+      const std::size_t second = base + tiff.size() - 30;
+      results.merge(
+          Results{{base, -2}, {base + 2, -3}, {base + 4, -1}, {base + 118, 1}, {second + 2, -1}, {second + 26, 1}});
+      return results;
+    };
+    const struct {
+      std::string bytes;
+      Results results;
+    } files[] = {{tiff, resultsFrom(0, {})},
+                 {jpeg + kEoi + std::string(29, ' '), {{0, -1}, {14, -2}, {22, -3}, {24, -1}, {jpeg.size() + 2, 1}}},
+                 {psdFile + "behind", resultsFrom(psdFile.find(tiff), {{0, -1}, {4, -3}, {26, -1}})}};
     for (int type = 0; type < 3; ++type) {
-      const auto& [needed, rest] = files[type];
+      const auto& [bytes, results] = files[type];
       const std::string record =
           told("1 t=0.004 f=2 iso=9 mm=50 mm35=75 x=4 unit=3 model=NIKON D3S date=2021:06 thumb=1234 thumbAt=",
-               needed.find(tiff) + 4000, " orientation=6 iptc=100 iptcAt=6000 latRef=S lat=1,2,3,4,5,6 lonRef=W ",
+               bytes.find(tiff) + 4000, " orientation=6 iptc=100 iptcAt=6000 latRef=S lat=1,2,3,4,5,6 lonRef=W ",
                "lon=7,8,9,10,11,12 altRef=1 alt=13,14 time=15,16,17,18,19,20 day=2021:06:0 xmp=777 xmpAt=5000");
-      EXPECT_EQ(readFile(needed + rest, type), record + (type == 1 ? " lens=L" : ""));
-      TempFile file(needed + rest);
+      EXPECT_EQ(readFile(bytes, type), record + (type == 1 ? " lens=L" : ""));
+      TempFile file(bytes);
       ExifInfo whole;
       ExifInfo part;
       getExifData(file.path(), type, &whole);
-      for (std::size_t length = needed.size() + rest.size(); length-- > 0;) {
+      for (std::size_t length = bytes.size(); length-- > 0;) {
         std::filesystem::resize_file(file.path(), length);
-        EXPECT_EQ(getExifData(file.path(), type, &part), length < needed.size() ? -1 : 1) << type << " at " << length;
+        const int expected = std::prev(results.upper_bound(length))->second;
         const auto isRight = [](char byte, char wholeByte) { return byte == 0 || byte == wholeByte; };
-        EXPECT_TRUE(std::ranges::equal(bytesOf(part), bytesOf(whole), isRight)) << type << " at " << length;
+        ASSERT_EQ(getExifData(file.path(), type, &part), expected) << type << " at " << length;
+        ASSERT_TRUE(std::ranges::equal(bytesOf(part), bytesOf(whole), isRight)) << type << " at " << length;
       }
     }
   }
@@ -304,6 +318,17 @@ TEST(Jpeg, EndsEachPassInItsOwnWay) {
                     {"-10" + packetAt(53 - 1), {exif.substr(1) + xmp + kEoi}},
                     {"-10", {exif + xmpSegment("<x/>")}},
                     {"1", {exif + segment(0xED, "Photoshop 2.5\0"s) + block + kEoi}}});
+  // Files that end where they end: what cannot be read does not match.
+  const auto directory = [&](const std::string& bytes) { return exifSegment(kBig.header(8) + bytes); };
+  const std::string leadsAstray = directory(kBig.directory(0, {kBig.shortEntry(0x112, 6)}, 70000));
+  const std::string cutShort = directory(u16(999) + kBig.directory(0, {kBig.shortEntry(0x112, 6)}).substr(2));
+  const auto blockAt = [](std::size_t size) { return told(" orientation=6 iptc=2 iptcAt=", size + 32); };
+  expectEach([](const std::string& segments, auto) { return readFile(kSoi + segments, 1); },
+             {{"1", {exif + segment(0xED, "") + kEoi, exif + segment(0xED, "Adobe_CM") + kEoi}},
+              {"-2", {segment(0xE1, "ABCD") + kEoi, exif.substr(0, 10)}},
+              {"1" + blockAt(leadsAstray.size()), {leadsAstray + block + kEoi}},
+              {"-1" + blockAt(cutShort.size()), {cutShort + block + kEoi}},
+              {"-10 orientation=6", {cutShort + "x"}}});
   EXPECT_EQ(readFile("\xFF\xD9" + exif + kEoi, 1), "-1");
   // The packet's text ends 31 bytes behind its segment, no sooner.
   EXPECT_EQ(readFile(kSoi + exif + xmp + std::string(30, ' '), 1), "-10");
@@ -319,13 +344,13 @@ TEST(Jpeg, EndsEachPassInItsOwnWay) {
 
 TEST(Psd, IsRefusedWhereItIsNoRgbImageOrHasNoExif) {
   const std::string exif = resource(0x422, kBig.header(0));
-  expectEach([](const std::string& bytes, auto) { return readFile(bytes, 2); },
-             {{"1", {psd(exif), psd(exif, 4), psd(resource(1, "ab") + exif)}},
-              {"-1",
-               {psd(""), psd(resource(0x400, "x")), psd("8BIX" + exif.substr(4)), psd(resource(0x422, "MM")),
-                psd(resource(1, "abcd", "\3nam"s) + exif)}},
-              {"-2", {"8BPX" + psd(exif).substr(4), psd(resource(0x422, "XX"))}},
-              {"-3", {psd(exif, 2), psd(exif, 3, 4), psd(resource(0x422, "MM\0+"s))}}});
+  expectEach(
+      [](const std::string& bytes, auto) { return readFile(bytes, 2); },
+      {{"1", {psd(exif), psd(exif, 4), psd(resource(1, "ab") + exif)}},
+       {"-1",
+        {psd(""), psd(resource(0x400, "x")), psd("8BIX" + exif.substr(4)), psd(resource(1, "abcd", "\3nam"s) + exif)}},
+       {"-2", {"8BPX" + psd(exif).substr(4), psd(resource(0x422, "XX"))}},
+       {"-3", {psd(exif, 2), psd(exif, 3, 4), psd(resource(0x422, "MM")), psd(resource(0x422, "MM\0+"s))}}});
 }
 
 TEST(Export, FillsTheHostsRecordsAndLeavesTheRest) {

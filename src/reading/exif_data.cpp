@@ -26,14 +26,11 @@ int init_exifInfo(ExifInfo* info) {
   return 0;
 }
 
-int getExifData(const char* path, int fileType, ExifInfo* info) {
-  using namespace lumenforge;
-  init_exifInfo(info);
-  const File file = openUnbuffered(path, "rb");
-  if (file == nullptr) return kCannotRead;
-  Window window(file.get(), 0, fileType == kJpegFile ? Window::kSize : Window::kPage);
-  Walk walk{window, *info, fileType};
-  switch (fileType) {
+namespace lumenforge {
+namespace {
+
+int readContainer(Walk& walk) {
+  switch (walk.fileType) {
     case kJpegFile:
       return readJpeg(walk);
     case kPsdFile:
@@ -41,4 +38,18 @@ int getExifData(const char* path, int fileType, ExifInfo* info) {
     default:
       return readTiffStructure(walk, 0, 0);
   }
+}
+
+}  // namespace
+}  // namespace lumenforge
+
+int getExifData(const char* path, int fileType, ExifInfo* info) {
+  using namespace lumenforge;
+  init_exifInfo(info);
+  const File file = openUnbuffered(path, "rb");
+  if (file == nullptr) return kCannotRead;
+  Window window(file.get(), 0, fileType == kJpegFile ? Window::kSize : Window::kPage);
+  Walk walk{window, *info, fileType};
+  const int result = readContainer(walk);
+  return result == kOk && walk.damaged ? kCannotRead : result;
 }

@@ -157,9 +157,9 @@ int readFirstPass(Walk& walk) {
 int readPhotoshopSegment(Walk& walk, Cursor& cursor) {
   const auto length = readSegmentLength(cursor);
   if (!length || *length < kLengthSize) return kCannotRead;
-  const uint8_t* signature = cursor.readBytes(kPhotoshopSignature.size());
-  if (signature == nullptr) return kCannotRead;
-  if (matches(signature, kPhotoshopSignature)) scanPhotoshopBlock(walk, cursor.offset(), *length);
+  if (matches(cursor.readBytes(kPhotoshopSignature.size()), kPhotoshopSignature)) {
+    scanPhotoshopBlock(walk, cursor.offset(), *length);
+  }
   return kOk;
 }
 

@@ -53,9 +53,10 @@ void setField(std::optional<uint32_t> number, uint32_t& field) {
 
 void takeIptc(const Resource& resource, ExifInfo& info) {
   const auto size = resource.number(kSizeOffset);
-  if (!size) return;
+  const uint64_t place = resource.offset + kDataOffset;
+  if (!size || !fits32(place)) return;
   info.iptcLength = *size;
-  setIfFits(resource.offset + kDataOffset, info.iptcOffset);
+  info.iptcOffset = static_cast<uint32_t>(place);
 }
 
 bool takeThumbnail(const Resource& resource, ExifInfo& info) {
@@ -63,9 +64,10 @@ bool takeThumbnail(const Resource& resource, ExifInfo& info) {
   setField(resource.number(kThumbHeightOffset), info.thumbHeight);
   setField(resource.number(kThumbRowBytesOffset), info.thumbRowBytes);
   const auto length = resource.number(kThumbLengthOffset);
-  if (!length) return false;
+  const uint64_t place = resource.offset + kThumbDataOffset;
+  if (!length || !fits32(place)) return false;
   info.thumbLength = *length;
-  setIfFits(resource.offset + kThumbDataOffset, info.thumbOffset);
+  info.thumbOffset = static_cast<uint32_t>(place);
   return true;
 }
 

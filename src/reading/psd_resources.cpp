@@ -17,12 +17,9 @@ constexpr uint64_t kResourceHeaderSize = 12;  // signature, ID, empty name, data
 int checkHeader(Cursor& cursor) {
   cursor.skip(2 + 6);  // version, reserved
   const auto channels = cursor.read16();
-  if (!channels) return kCannotRead;
-  if (*channels < kMinChannels) return kUnsupported;
+  if (!channels || *channels < kMinChannels) return kUnsupported;
   cursor.skip(4 + 4 + 2);  // height, width, depth
-  const auto mode = cursor.read16();
-  if (!mode) return kCannotRead;
-  return *mode == kRgbMode ? kOk : kUnsupported;
+  return cursor.read16() == kRgbMode ? kOk : kUnsupported;
 }
 
 // File position of the EXIF resource's data. Every resource is stepped over as if its name were

@@ -74,35 +74,36 @@ void takeEntry(Walk& walk, const TiffFrame& frame, int directory, const Director
   }
 }
 
-int walkDirectories(Walk& walk, const TiffFrame& frame, uint32_t firstOffset) {
+// Cameras write offsets of a next directory that lead outside the file: there the chain ends as at
+// an offset of 0. A directory that is there and cut short is damage.
+void walkDirectories(Walk& walk, const TiffFrame& frame, uint32_t firstOffset) {
   uint32_t offset = firstOffset;
   for (int number = 0; offset != 0; ++number) {
     DirectoryReader directory(walk.window, frame.base + offset, frame, walk.budget);
+    if (number > 0 && !directory.count()) break;
     while (const auto entry = directory.next()) takeEntry(walk, frame, number, *entry);
-    if (!directory.complete()) return kCannotRead;
+    if (!directory.complete()) {
+      walk.damaged = true;
+      return;
+    }
     if (number == kLastDirectory || directory.count() == kEntriesOfLast) break;
-    const auto next = Cursor(walk.window, directory.offset(), frame.order).read32();
-    if (!next) return kCannotRead;
-    offset = *next;
+    offset = Cursor(walk.window, directory.offset(), frame.order).read32().value_or(0);
   }
-  return kOk;
 }
 
 }  // namespace
 
 int readTiffStructure(Walk& walk, uint64_t headerOffset, uint64_t base) {
   const auto mark = Cursor(walk.window, headerOffset, ByteOrder::big).read16();
-  if (!mark) return kCannotRead;
-  if (*mark != kLittleEndianMark && *mark != kBigEndianMark) return kWrongSignature;
+  if (mark != kLittleEndianMark && mark != kBigEndianMark) return kWrongSignature;
 
   const TiffFrame frame{base, byteOrderOfMark(*mark)};
   Cursor header(walk.window, headerOffset + 2, frame.order);
-  const auto number = header.read16();
-  if (!number) return kCannotRead;
-  if (*number != kTiffNumber) return kUnsupported;
+  if (header.read16() != kTiffNumber) return kUnsupported;
   const auto firstDirectory = header.read32();
   if (!firstDirectory) return kCannotRead;
-  return walkDirectories(walk, frame, *firstDirectory);
+  walkDirectories(walk, frame, *firstDirectory);
+  return kOk;
 }
 
 }  // namespace lumenforge

@@ -18,6 +18,7 @@ struct Walk {
   ExifInfo& info;
   int fileType = kTiffFile;
   WorkBudget budget{};
+  bool damaged = false;  // a directory of the chain is cut short
 };
 
 // A TIFF structure whose header stands at `headerOffset` and whose offsets count from `base`
