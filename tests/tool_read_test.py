@@ -77,7 +77,7 @@ class ToolRead(unittest.TestCase):
                           told["gps"]["latitude"], told["gps"]["gpsLatitude"][:2]),
                          (1, ["broken.jpg"], 0x7F000CCE, "\x1b]0;\ufffd\x9bM2!\n", None, [50, 0]))
         person = run(LFMETA, "read", broken)[1]
-        self.assertIn(b"Camera       ?]0;\xff??M2!?,", person)
+        self.assertIn(rb"Camera       \x1b]0;\xff\xc2\x9bM2!\x0a,", person)
         self.assertIn(b"Position     214.5 m", person)
 
     def test_shows_progress_where_a_person_waits(self):

@@ -19,8 +19,8 @@ class ToolSettings(ToolTest):
                 ("No, Yes", 4, "IsPano360=yes"), ("8 numbers", 1, "SaturationIndividualColors=1,2,3"),
                 ("Medium, Very Low", 1, "SmoothingMode=Light --set Smoothing=Lowest")]:
             for assignment in assignments:
-                self.bad(expected, "settings write new --method %s --set %s" % (method, assignment))
-                self.bad(expected, "settings insert a.xmp --method %s --set %s" % (method, assignment))
+                self.bad(expected, "settings write new --method %s --set %s" % (method, assignment), status=2)
+                self.bad(expected, "settings insert a.xmp --method %s --set %s" % (method, assignment), status=2)
 
     def test_insertion_replaces_a_packet_only_when_it_is_complete(self):
         file = self.dir / "packet"

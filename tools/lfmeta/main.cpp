@@ -2,10 +2,16 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <memory>
+#include <string>
 
+#include "base/command_line.h"
 #include "base/failure.h"
+#include "base/help.h"
 #include "base/report.h"
 #include "commands/commands.h"
 
@@ -15,9 +21,10 @@ namespace {
 
 int run(int argc, char** argv) {
   CLI::App app("Reads the metadata of photographs and writes it into finished images.", "lfmeta");
-  app.set_version_flag("--version", "lfmeta " LFMETA_VERSION);
+  app.set_version_flag("-V,--version", "lfmeta " LFMETA_VERSION, "Show the version");
+  app.set_help_flag("-h,--help", "Show this help");
+  app.formatter(std::make_shared<HelpFormatter>());
   app.require_subcommand(1);
-  app.get_formatter()->column_width(34);
 
   Run chosen;
   addReadCommand(app, chosen);
@@ -26,11 +33,15 @@ int run(int argc, char** argv) {
   addIccCommand(app, chosen);
   addExifCommand(app, chosen);
   addHdrCommand(app, chosen);
+  addHelpCommand(app, chosen);
 
   try {
-    app.parse(argc, argv);
+    parseWords(app, argc, argv);
+  } catch (const CLI::Success& answer) {
+    return app.exit(answer);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kSuccess : kUsageError;
+    printFailure("", usageMessage(app, error));
+    return kUsageError;
   }
   return runReportingFailure(chosen);
 }
@@ -47,10 +58,10 @@ int main(int argc, char** argv) {
   try {
     exitStatus = run(argc, argv);
   } catch (const std::exception& error) {
-    printFailure("lfmeta", error.what());
+    printFailure("", error.what());
   }
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    printFailure("standard output", "cannot be written");
+    printFailure("standard output", std::string("cannot be written: ") + std::strerror(errno));
     return kFailure;
   }
   return exitStatus;

@@ -2,8 +2,6 @@
 
 #include <new>
 
-#include "base/report.h"
-
 namespace lfmeta {
 
 int runReportingFailure(const std::function<int()>& command) {
@@ -11,8 +9,9 @@ int runReportingFailure(const std::function<int()>& command) {
     return command();
   } catch (const Failure& failure) {
     printFailure(failure.file(), failure.what());
+    return failure.exitStatus();
   } catch (const std::bad_alloc&) {
-    printFailure("lfmeta", "needs more memory than there is");
+    printFailure("", "needs more memory than there is");
   }
   return kFailure;
 }

@@ -1,33 +1,76 @@
 #include "base/report.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 
+#include "base/characters.h"
+
 namespace lfmeta {
 
-void printFailure(std::string_view file, std::string_view message) {
-  const std::string line = "lfmeta: " + printable(file) + ": " + printable(message) + "\n";
+namespace {
+
+bool isPlain(char c) {
+  return c >= ' ' && c < 0x7F;
+}
+
+void appendHex(std::string& out, const char* prefix, unsigned number, int digits) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  out += prefix;
+  while (digits-- > 0) out += kDigits[number >> (4 * digits) & 15];
+}
+
+// As JSON has it: characters beyond 16 bits as two surrogates.
+void appendEscaped(std::string& out, char32_t code) {
+  if (code >= 0x10000) {
+    appendHex(out, "\\u", 0xD7C0 + (code >> 10), 4);
+    code = 0xDC00 + (code & 0x3FF);
+  }
+  appendHex(out, "\\u", code, 4);
+}
+
+}  // namespace
+
+void printFailure(std::string_view subject, std::string_view message) {
+  std::string line = "lfmeta: " + printable(subject);
+  if (!subject.empty()) line += ": ";
+  line += printable(message) + "\n";
   std::fflush(stdout);
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
 std::string printable(std::string_view text) {
-  std::string out(text);
-  unsigned char before = 0;
-  for (std::size_t i = 0; i < out.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(out[i]);
-    const bool secondSet = before == 0xC2 && byte >= 0x80 && byte < 0xA0;  // U+0080 to U+009F
-    if (secondSet) out[i - 1] = '?';
-    if (secondSet || byte < 0x20 || byte == 0x7F) out[i] = '?';
-    before = byte;
+  if (std::all_of(text.begin(), text.end(), isPlain)) return std::string(text);
+  std::string out;
+  while (!text.empty()) {
+    const Character next = firstCharacter(text);
+    const std::string_view bytes = text.substr(0, next.length);
+    if (next.known && !isHidden(next.code)) {
+      out += bytes;
+    } else {
+      for (const char byte : bytes) appendHex(out, "\\x", static_cast<unsigned char>(byte), 2);
+    }
+    text.remove_prefix(next.length);
   }
   return out;
 }
 
 std::string jsonLine(const Json& value) {
-  return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+  std::string line = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+  if (std::all_of(line.begin(), line.end(), isPlain)) return line;
+  std::string out;
+  for (std::string_view rest = line; !rest.empty();) {
+    const Character next = firstCharacter(rest);
+    if (isHidden(next.code)) {
+      appendEscaped(out, next.code);
+    } else {
+      out += rest.substr(0, next.length);
+    }
+    rest.remove_prefix(next.length);
+  }
+  return out;
 }
 
 Json jsonNumber(float value) {

@@ -1,4 +1,4 @@
-// What the tool says: exit statuses, failures in one line, and JSON.
+// What the tool says: exit statuses, failures in one line, text from outside, and JSON.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -14,14 +14,16 @@ inline constexpr int kUsageError = 2;  // the command line cannot be understood
 // Fields keep the order in which they are added.
 using Json = nlohmann::ordered_json;
 
-// One line on standard error: "lfmeta: FILE: MESSAGE".
-void printFailure(std::string_view file, std::string_view message);
+// One line on standard error: "lfmeta: SUBJECT: MESSAGE", without a subject when it is empty. Both
+// may come from outside.
+void printFailure(std::string_view subject, std::string_view message);
 
-// The text with its control characters replaced: what a file says must not drive the terminal.
+// Text from outside (a file, a file's name, the command line) as a terminal may have it, and in one
+// line: each byte of a control or invisible character, and each that is not UTF-8, becomes \xNN.
 std::string printable(std::string_view text);
 
 // One line of text, without a line feed. Bytes that are not UTF-8 become U+FFFD, a number that is
-// not finite becomes null.
+// not finite becomes null; control and invisible characters are escaped.
 std::string jsonLine(const Json& value);
 
 // The float as JSON shows it best: the shortest decimal that reads back as the same float.

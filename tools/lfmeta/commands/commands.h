@@ -17,6 +17,7 @@ void addTiffCommand(CLI::App& app, Run& chosen);
 void addIccCommand(CLI::App& app, Run& chosen);
 void addExifCommand(CLI::App& app, Run& chosen);
 void addHdrCommand(CLI::App& app, Run& chosen);
+void addHelpCommand(CLI::App& app, Run& chosen);
 
 template <typename Options>
 void runWhenAsked(CLI::App& command, Run& chosen, const std::shared_ptr<Options>& options,

@@ -94,9 +94,11 @@ void addHdrCommand(CLI::App& app, Run& chosen) {
       ->required();
   command->add_flag("--json", options->json, "One JSON object");
   command->footer(
-      "The brightness of a pixel is (19 red + 183 green + 54 blue) / 256 in the picture's own\n"
-      "units. The minimum is that of the pixels that are not black; the dynamic range is from\n"
-      "there to the maximum.");
+      "The brightness of a pixel is (19 red + 183 green + 54 blue) / 256 in the picture's own "
+      "units. "
+      "The minimum is that of the pixels that are not black; the dynamic range is from there to "
+      "the "
+      "maximum.");
   runWhenAsked(*command, chosen, options, measureBrightness);
 }
 

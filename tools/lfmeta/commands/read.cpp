@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/command_line.h"
 #include "base/failure.h"
 #include "base/report.h"
 #include "commands/commands.h"
@@ -190,7 +191,7 @@ void addReadCommand(CLI::App& app, Run& chosen) {
       ->check(CLI::ExistingDirectory);
   command->add_option("-j,--jobs", options->jobs, "Files read at the same time (one a processor)")
       ->type_name("N")
-      ->check(CLI::Range(1U, 256U));
+      ->transform(wholeNumber(1, 256));
   runWhenAsked(*command, chosen, options, readPhotos);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/command_line.h"
 #include "base/failure.h"
 #include "base/replacement_file.h"
 #include "base/report.h"
@@ -160,7 +161,7 @@ void addSettingsCommand(CLI::App& app, Run& chosen) {
       one->add_option("--number", options->setNumber,
                       "Number of the set, 1 to 99; one more than there are")
           ->type_name("N")
-          ->check(CLI::Range(1, kLastSetNumber).description(""));
+          ->transform(wholeNumber(1, kLastSetNumber));
     }
     if (action.run == showSettings) {
       one->add_flag("--json", options->json, "One JSON object");

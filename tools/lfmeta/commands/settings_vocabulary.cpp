@@ -102,8 +102,8 @@ std::string expectedText(int method, const float* params, const std::string& ele
   for (const Setting& element : elements) {
     if (isSetting(element)) list += (list.empty() ? "" : ", ") + element.element;
   }
-  throw Failure("--set " + assignment,
-                "is no Element=value; the elements of \"" + method.name + "\" are " + list);
+  throw UsageFailure("--set " + assignment,
+                     "is no Element=value; the elements of \"" + method.name + "\" are " + list);
 }
 
 }  // namespace
@@ -129,7 +129,7 @@ Method findMethod(const std::string& nameOrNumber) {
     }
     list += (list.empty() ? "" : ", ") + number + " \"" + method.name + "\"";
   }
-  throw Failure("--method " + nameOrNumber, "is no method; the methods are " + list);
+  throw UsageFailure("--method " + nameOrNumber, "is no method; the methods are " + list);
 }
 
 std::vector<Setting> settingsOf(int method, const float* params) {
@@ -177,8 +177,9 @@ void assignSettings(const Method& method, const std::vector<std::string>& assign
   const std::vector<Setting> read = settingsOf(method.number, params);
   for (const auto& [element, text] : texts) {
     if (!sameMeaning(text, findElement(read, element)->text)) {
-      throw Failure(std::string("--set ").append(element).append("=").append(text),
-                    "has no such value; expected " + expectedText(method.number, params, element));
+      throw UsageFailure(
+          std::string("--set ").append(element).append("=").append(text),
+          "has no such value; expected " + expectedText(method.number, params, element));
     }
   }
 }

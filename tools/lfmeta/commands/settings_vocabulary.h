@@ -23,7 +23,8 @@ struct Setting {
 
 // The methods that a packet can name.
 std::vector<Method> namedMethods();
-// By name (in any case of letters) or by number; throws Failure with a list of those that exist.
+// By name (in any case of letters) or by number; throws UsageFailure with a list of those that
+// exist.
 Method findMethod(const std::string& nameOrNumber);
 
 std::vector<Setting> settingsOf(int method, const float* params);
@@ -32,7 +33,8 @@ std::vector<Setting> settingsOf(int method, const float* params);
 std::vector<double> numbersIn(const std::string& text);
 
 // The defaults of the method with assignments "Element=text" on top of them, later ones first.
-// Throws Failure for an element that the method does not have and for a text without a meaning.
+// Throws UsageFailure for an element that the method does not have and for a text without a
+// meaning.
 void assignSettings(const Method& method, const std::vector<std::string>& assignments,
                     float* params);
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "base/command_line.h"
 #include "base/failure.h"
 #include "base/replacement_file.h"
 #include "base/report.h"
@@ -100,20 +101,17 @@ void addTiffCommand(CLI::App& app, Run& chosen) {
       ->required();
   command->add_option("--depth", options->depth, "Samples: 8, 16, half or float (as IN has them)")
       ->check(CLI::IsMember(kDepths).description(""))
-      ->type_name("DEPTH");
+      ->type_name("8|16|half|float");
   options->metadata.addTo(*command);
   command->add_option("--resolution", options->resolution, "Pixels per inch (300)")
-      ->check(CLI::Range(1, kHighestResolution).description(""))
+      ->transform(wholeNumber(1, kHighestResolution))
       ->type_name("N");
   command->footer(
-      "Between integers and floating point, 0 to 1 stands for the whole range of the integers:\n"
-      "floats outside of it are cut off, and no tone curve is applied. 8 bits become 16 times "
-      "257;\n"
+      "Between integers and floating point, 0 to 1 stands for the whole range of the integers: "
+      "floats outside of it are cut off, and no tone curve is applied. 8 bits become 16 times 257; "
       "16 bits become 8 by their high byte. Floats become the nearest half, infinite from 65520 "
-      "on.\n"
-      "Opacity is left out. A gray profile in IN is left out, too. Settings asked for with "
-      "--method\n"
-      "stand in a packet of their own, instead of the photograph's.");
+      "on. Opacity is left out. A gray profile in IN is left out, too. Settings asked for with "
+      "--method stand in a packet of their own, instead of the photograph's.");
   runWhenAsked(*command, chosen, options, writeTiff);
 }
 

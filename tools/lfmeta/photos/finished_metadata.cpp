@@ -14,7 +14,7 @@ void addKeywords(const FinishedMetadataOptions& options, Bytes& iptc) {
     const int result = add_iptc_keyword(
         static_cast<int>(iptc.size()), iptc.data(), static_cast<int>(keyword.size()),
         reinterpret_cast<const unsigned char*>(keyword.data()), longer.data());
-    if (result == -2) throw Failure("--keyword", "takes at most 65535 bytes");
+    if (result == -2) throw UsageFailure("--keyword", "takes at most 65535 bytes");
     if (result < 0) {
       throw Failure(*options.photo, "has a damaged IPTC block; no keyword can be added to it");
     }
