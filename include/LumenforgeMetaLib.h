@@ -656,14 +656,16 @@ LUMENFORGE_API int write_exif_buf(int exifCount, int exifDataSize, int gpsCount,
  * Returns the offset of the new dataset in `out` (7 for a new block), or with nothing written
  *   -1  `iptcLength` is below 0 or below that of a dataset header, or the dataset found runs past
  *       the end of the block
- *   -2  `keywordLength` is outside 0 to 65,535, or the new length does not fit 32 bits
+ *   -2  else, `keywordLength` is outside 0 to 65,535, or the new length does not fit 32 bits
  */
 LUMENFORGE_API int add_iptc_keyword(int iptcLength, const unsigned char* iptc, int keywordLength,
                                     const unsigned char* keyword, unsigned char* out);
 
 /*
  * Writes an image with its metadata as an uncompressed, little-endian TIFF 6.0 file of one strip:
- * header, pixels, then the directory with its values, without seeking.
+ * header, pixels, then the directory with its values, without seeking. An existing file is
+ * replaced. The file of floating-point samples names this software and has a SampleFormat of three
+ * values, whatever the samples of a pixel.
  *
  * `pixels`: rows from the top, samples in the machine's byte order; of two or four samples the last
  * is not written. `info`: see TifImageInfo; a height below 0 counts as 0, which gives a file
@@ -671,20 +673,23 @@ LUMENFORGE_API int add_iptc_keyword(int iptcLength, const unsigned char* iptc, i
  * info->conversion is 1; it is taken as it is, also 0 or negative (rows stored bottom-up, `pixels`
  * at the last one).
  *
- * `iccProfile`: info->iccLength bytes (ICC.1), may be null for 0. A profile of more than 20 bytes
- * whose colour space is not RGB is left out. `meta`, `gps`: the camera's data, as for
- * get_exif_count. `iptc`: `iptcLength` bytes, may be null for 0 or less. `settings`: a settings
- * record, read when a packet is generated for `method` above 0, else it may be null. `xmp`:
- * `xmpLength` bytes with or without a final NUL, may be null for 0 or less.
+ * `iccProfile`: info->iccLength bytes (ICC.1), may be null for 0 or less. A profile of more than 20
+ * bytes whose colour space is not RGB is left out. `meta`, `gps`: the camera's data, as for
+ * get_exif_count. `iptc`: `iptcLength` bytes, may be null for 0 or less. `method`: whose settings
+ * are to be written as XMP, 0 or less for none; above 200 as for embed_xmp, a packet without its
+ * wrapper. `settings`: a settings record, read when a packet is generated for `method` above 0,
+ * else it may be null. `xmp`: `xmpLength` bytes, may be null for 0 or less.
  *
  * The XMP packet written is the given one when it holds settings of method 1, 2, 3, 4, 10, 11 or
  * 15, else one generated with the settings (`method` above 0) and the lens of `meta`, else the
- * given one. A given packet goes without its last byte, its terminator; when `method` is 0 the
- * terminator may be missing. A packet generated for the lens alone fills the place of the given one
- * with blanks, or takes the room that it needs.
+ * given one. A given packet goes without its last byte, its terminator. When `method` is 0 the
+ * terminator may be missing, and the packet goes whole; with another `method` a packet without one
+ * holds no settings, and its last byte is lost. A packet generated for the lens alone fills the
+ * place of the given one with blanks, or takes the room that it needs.
  *
  * Pixels are written in blocks of about 1 MiB, straight from `pixels` where rows stand there as
- * they stand in the file; other memory is needed for one block and the directory with its values.
+ * they stand in the file. Memory is needed for one block (of a smaller image, for its rows), then
+ * for the directory with its values.
  *
  * Returns the number of rows of the last block (the height of an image of one block, 0 for a file
  * without pixels), or
@@ -694,11 +699,11 @@ LUMENFORGE_API int add_iptc_keyword(int iptcLength, const unsigned char* iptc, i
  *   -3  the pixels cannot be written
  *   -4  memory for a block, or for a copy of `xmp` with a terminator, cannot be obtained
  *   -6  unsupported: channels outside 1 to 4; bitsPerSample other than 8, 16, 32, 3216; conversion
- *       other than 0, or 1 with bitsPerSample 8; width below 1; iccLength or resolution below 0;
- *       a resolution above 4,294,967; a file of more than 4 GiB - 1
+ *       other than 0, or 1 with bitsPerSample 8; width below 1; a file of more than 4 GiB - 1
  *  -12  the directory cannot be written, or the file cannot be closed
  * -6 and a missing copy (-4) are found before the file is created. A file that fails later stays as
- * far as it was written.
+ * far as it was written: the header alone where memory for a block is missing. The resolution is
+ * written x 1000 in 32 bits, whatever it is.
  */
 LUMENFORGE_API int buf2tif(const void* pixels, const TifImageInfo* info, int stride,
                            const unsigned char* iccProfile, const MetadataBuf* meta,
@@ -728,8 +733,8 @@ LUMENFORGE_API int get_tif_tag(FILE* stream, int tag, int* count, int* value);
  * `profile` and points the file's profile entry (tag 34675) at them. The old profile stays in the
  * file, unused. An entry is never added.
  *
- * Returns `size`; 0 when the file has no profile entry or is no little-endian TIFF, in which case
- * it is left alone; or
+ * Returns `size`; 0 when get_tif_tag, with its bounds, would not find the entry, in which case the
+ * file is left alone; or
  *   -1  `size` is 0 or less; the file cannot be opened (on standard error "Can not open input file
  *       for reading", "... for update" or "... for appending"); the entry has changed meanwhile
  *   -2  seeking or writing fails, or the file would grow beyond 4 GiB - 1

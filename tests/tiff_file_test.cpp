@@ -199,19 +199,31 @@ TEST(TiffFile, HoldsThePacketThatTheRulesChoose) {
 TEST(TiffFile, IsNotBegunForAnUnsupportedDescription) {
   Picture picture(2, 2, 3, 8);
   TempFile file("untouched");
-  // Width, height, channels, depth, resolution, profile size, conversion. The last file would have
-  // one pixel more than 4 GiB - 1 has room for.
-  const int kRows[][7] = {{0, 2, 3, 8, 300, 0, 0},       {2, 2, 0, 8, 300, 0, 0},
-                          {2, 2, 5, 8, 300, 0, 0},       {2, 2, 3, 24, 300, 0, 0},
-                          {2, 2, 3, 8, -1, 0, 0},        {2, 2, 3, 8, 4294968, 0, 0},
-                          {2, 2, 3, 8, 300, -1, 0},      {2, 2, 3, 8, 300, 0, 2},
-                          {2, 2, 3, 16, 300, 0, 1},      {INT_MAX, INT_MAX, 4, 32, 300, 0, 0},
-                          {1 << 30, 4, 1, 8, 300, 0, 0}, {1431655700, 3, 1, 8, 300, 0, 0}};
-  for (const auto& [width, height, channels, depth, resolution, size, conversion] : kRows) {
-    picture.info = {width, height, channels, depth, resolution, 0, size, conversion, {}, 1};
+  // Width, height, channels, depth, conversion. The sizes of two files are small numbers where they
+  // wrap at 2^64, and the last one would have one pixel more than 4 GiB - 1 has room for.
+  const int kRows[][5] = {{0, 2, 3, 8, 0},
+                          {2, 2, 0, 8, 0},
+                          {2, 2, 5, 8, 0},
+                          {2, 2, 3, 24, 0},
+                          {2, 2, 3, 8, 2},
+                          {2, 2, 3, 16, 1},
+                          {INT_MAX, INT_MAX, 4, 32, 0},
+                          {1 << 30, 4, 1, 8, 0},
+                          {2147437310, 715843329, 3, 32, 0},
+                          {1669354673, 920852050, 3, 32, 0},
+                          {1431655700, 3, 1, 8, 0}};
+  for (const auto& [width, height, channels, depth, conversion] : kRows) {
+    picture.info = {width, height, channels, depth, 300, 0, 0, conversion, {}, 1};
     EXPECT_EQ(picture.write(file.path()), -6) << width << ' ' << channels;
     EXPECT_EQ(file.bytes(), "untouched");
   }
+  // Numbers that nothing is refused for: no profile, and 32 bits of the resolution.
+  Picture odd(2, 2, 3, 8);
+  odd.info.iccLength = -1;
+  odd.info.resolution = -1;
+  EXPECT_EQ(odd.write(file.path()), 2);
+  EXPECT_NE(file.bytes().find(numbers(32, {static_cast<uint32_t>(-1000), 1000})), std::string::npos);
+
   picture.info.width -= 1;
   EXPECT_EQ(picture.write("/dev/full"), -2);
   testing::internal::CaptureStderr();

@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "LumenforgeMetaLib.h"
+#include "base/zeroed.h"
 #include "support/tiff_records.h"
 
 namespace {
@@ -135,9 +136,14 @@ TEST(IptcKeywords, GoBehindTheirPredecessorOrAreRefused) {
     EXPECT_EQ(addKeyword(broken, "sea", 9), std::pair(-1, std::string(9, '?')));
   }
   EXPECT_EQ(addKeyword("", longest + 'k', 0).first, -2);
-  EXPECT_EQ(add_iptc_keyword(INT_MAX - 5, nullptr, 1, nullptr, nullptr), -2);
   EXPECT_EQ(add_iptc_keyword(0, nullptr, -1, nullptr, nullptr), -2);
-  EXPECT_EQ(add_iptc_keyword(-1, nullptr, 1, nullptr, nullptr), -1);
+  for (const int keywordLength : {-1, 1, INT_MAX}) {  // a broken block says so first
+    EXPECT_EQ(add_iptc_keyword(-1, nullptr, keywordLength, nullptr, nullptr), -1);
+    EXPECT_EQ(add_iptc_keyword(4, bytesAt(version), keywordLength, nullptr, nullptr), -1);
+  }
+  const auto large = lumenforge::allocateZeroed(INT_MAX);
+  std::memcpy(large.get() + INT_MAX - 5 - word.size(), word.data(), word.size());
+  EXPECT_EQ(add_iptc_keyword(INT_MAX - 5, large.get(), 1, nullptr, nullptr), -2);
 }
 
 // Result, count and value.
@@ -208,6 +214,14 @@ TEST(ProfileUpdate, AppendsAndRepoints) {
   EXPECT_EQ(lookUp(stream, 0x8773), (Lookup{22, 5, static_cast<int>(end)}));
   std::fclose(stream);
 
+  // An entry beyond what a result can tell is none.
+  TempFile beyond(kTiff.header(INT_MAX - 1));
+  ASSERT_EQ(::truncate(beyond.path(), INT_MAX - 1), 0);
+  std::ofstream(beyond.path(), std::ios::app) << kTiff.directory(0, {{0x8773, 7, 3, "old"}});
+  const lumenforge::File stream2(std::fopen(beyond.path(), "rb"));
+  EXPECT_EQ(lookUp(stream2.get(), 0x8773), (Lookup{-1, -77, -77}));
+  EXPECT_EQ(update(beyond, "first"), 0);
+
   const Tiff big{ByteOrder::big};
   for (const std::string& bytes :
        {kTiff.file(kTiff.entries("100=l1")), big.file(big.entries("8773=7#8'profiles'")), "II*"s, ""s}) {
@@ -217,20 +231,29 @@ TEST(ProfileUpdate, AppendsAndRepoints) {
   }
 }
 
-// In a process of its own, for which the file can be opened no more, read only, or but once.
+// In a process of its own, for which the file can be opened no more, read only, or but once, also
+// in the place of standard error.
 TEST(ProfileUpdate, SaysWhichOpenFailed) {
   const std::pair<std::string, void (*)(const char*)> kCases[] = {
       {"reading", [](const char* path) { ::unlink(path); }},
       {"update", [](const char* path) { ::chmod(path, 0444), ::seteuid(65534); }},
-      {"appending", [](const char*) {
+      {"appending",
+       [](const char*) {
          const auto next = static_cast<unsigned>(::dup(0));
          const rlimit one{next + 1, next + 1};
          ::setrlimit(RLIMIT_NOFILE, &one), ::close(static_cast<int>(next));
+       }},
+      {"", [](const char*) {
+         const rlimit three{3, 3};
+         ::setrlimit(RLIMIT_NOFILE, &three), ::close(2);
        }}};
   for (const auto& [purpose, hinder] : kCases) {
     TempFile file(profileFile(3, 38));
     EXPECT_EXIT((hinder(file.path()), std::_Exit(-update(file, "first"))), testing::ExitedWithCode(1),
-                "^Can not open input file for " + purpose + "\n$");
+                purpose.empty() ? "^$" : "^Can not open input file for " + purpose + "\n$");
+    if (purpose != "reading") {
+      EXPECT_EQ(file.bytes(), profileFile(3, 38));
+    }
   }
 }
 }  // namespace

@@ -1,8 +1,8 @@
 #include "tiff/exif_block.h"
 
+#include <algorithm>
 #include <limits>
 
-#include "base/result.h"
 #include "tiff/camera_make.h"
 
 namespace lumenforge {
@@ -10,6 +10,9 @@ namespace lumenforge {
 namespace {
 
 constexpr int32_t kDateStampLength = sizeof(GpsBuf::dateStamp);
+
+// No block is written: it would say nothing, or be of 2 GiB and more.
+constexpr int kNoBlock = -1;
 
 constexpr int32_t asSigned(uint32_t word) {
   return static_cast<int32_t>(word);
@@ -22,15 +25,15 @@ int32_t textLength(std::span<const char> field, int32_t whenFull) {
   return length == 0 ? 0 : length + 1;
 }
 
-// Written when the first fraction is positive as signed numbers; 12:00:00 has two that are not.
-void addRationals(DirectoryWriter& directory, Tag tag, std::span<const uint32_t> words) {
+// Decided by the first fraction, as signed numbers: 12:00:00 has two that are not positive.
+void addIfPositive(DirectoryWriter& directory, Tag tag, std::span<const uint32_t> words) {
   if (asSigned(words[0]) > 0 && asSigned(words[1]) > 0) directory.addRationals(tag, words);
 }
 
-void addRational(DirectoryWriter& directory, Tag tag, const int32_t (&fraction)[2]) {
+void addIfPositive(DirectoryWriter& directory, Tag tag, const int32_t (&fraction)[2]) {
   const std::array<uint32_t, 2> words = {static_cast<uint32_t>(fraction[0]),
                                          static_cast<uint32_t>(fraction[1])};
-  addRationals(directory, tag, words);
+  addIfPositive(directory, tag, words);
 }
 
 // A reference letter as a text of one character. Hosts rely on this form for the altitude's as
@@ -41,24 +44,25 @@ void addReferenceLetter(DirectoryWriter& directory, Tag tag, uint8_t letter) {
 }
 
 void addExifEntries(DirectoryWriter& directory, const MetadataBuf& meta, int32_t dateTimeLength) {
-  addRational(directory, Tag::exposureTime, meta.exposureTime);
-  addRational(directory, Tag::fNumber, meta.fNumber);
-  if (asSigned(meta.iso) > 0)
+  addIfPositive(directory, Tag::exposureTime, meta.exposureTime);
+  addIfPositive(directory, Tag::fNumber, meta.fNumber);
+  if (asSigned(meta.iso) > 0) {
     directory.addShort(Tag::isoSpeedRatings, static_cast<uint16_t>(meta.iso & 0xFFFF));
+  }
   directory.addText(Tag::dateTimeOriginal, meta.dateTimeOriginal, dateTimeLength);
-  addRational(directory, Tag::focalLength, meta.focalLength);
+  addIfPositive(directory, Tag::focalLength, meta.focalLength);
 }
 
 void addGpsEntries(DirectoryWriter& directory, const GpsBuf& gps, int32_t dateLength) {
   constexpr std::array<uint8_t, 4> kVersion = {2, 2, 0, 0};
   directory.addInline(Tag::gpsVersionId, FieldType::byte, 4, kVersion);
   addReferenceLetter(directory, Tag::gpsLatitudeRef, static_cast<uint8_t>(gps.latitudeRef));
-  addRationals(directory, Tag::gpsLatitude, gps.latitude);
+  addIfPositive(directory, Tag::gpsLatitude, gps.latitude);
   addReferenceLetter(directory, Tag::gpsLongitudeRef, static_cast<uint8_t>(gps.longitudeRef));
-  addRationals(directory, Tag::gpsLongitude, gps.longitude);
+  addIfPositive(directory, Tag::gpsLongitude, gps.longitude);
   addReferenceLetter(directory, Tag::gpsAltitudeRef, gps.altitudeRef);
-  addRationals(directory, Tag::gpsAltitude, gps.altitude);
-  addRationals(directory, Tag::gpsTimeStamp, gps.timeStamp);
+  addIfPositive(directory, Tag::gpsAltitude, gps.altitude);
+  addIfPositive(directory, Tag::gpsTimeStamp, gps.timeStamp);
   if (dateLength > 0) directory.addText(Tag::gpsDateStamp, gps.dateStamp, kDateStampLength);
 }
 
@@ -158,14 +162,14 @@ int write_exif_buf(int exifCount, int exifDataSize, int gpsCount, int gpsDataSiz
                    const MetadataBuf* meta, const GpsBuf* gps, const char* make,
                    unsigned char* out) {
   if (makeLength <= 0 && modelLength <= 0 && exifCount <= 0 && gpsCount <= 0) {
-    return lumenforge::kNothingToWrite;
+    return lumenforge::kNoBlock;
   }
   const ExifSizes sizes = {exifCount,      exifDataSize,  gpsCount,
                            gpsDataSize,    modelLength,   makeLength,
                            dateTimeLength, gpsDateLength, 0};
   const std::span makeText(make, sizeof(lumenforge::MakeText));
   const uint64_t size = lumenforge::writeBlock({}, sizes, orientation, *meta, *gps, makeText);
-  if (size > std::numeric_limits<int>::max()) return lumenforge::kNothingToWrite;
+  if (size > std::numeric_limits<int>::max()) return lumenforge::kNoBlock;
   const FileMemory memory{{out, static_cast<std::size_t>(size)}, 0};
   return static_cast<int>(
       lumenforge::writeBlock(memory, sizes, orientation, *meta, *gps, makeText));

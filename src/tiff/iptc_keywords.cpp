@@ -8,11 +8,13 @@
 
 #include "LumenforgeMetaLib.h"
 #include "base/bytes.h"
-#include "base/result.h"
 
 namespace lumenforge {
 
 namespace {
+
+constexpr int kBrokenBlock = -1;
+constexpr int kTooLong = -2;  // the keyword for its length field, or the new block for a result
 
 constexpr std::size_t kHeaderSize = 5;
 constexpr uint8_t kMarker = 0x1C;
@@ -33,8 +35,9 @@ std::size_t findPredecessor(std::span<const uint8_t> iptc) {
   return lastOfRecord;
 }
 
-// None where the dataset runs past the block.
+// Where the predecessor ends; none where it runs past the block.
 std::optional<std::size_t> findInsertionPoint(std::span<const uint8_t> iptc) {
+  if (iptc.empty()) return 0;
   if (iptc.size() < kHeaderSize) return std::nullopt;
   const std::size_t dataset = findPredecessor(iptc);
   const std::size_t end = dataset + kHeaderSize + load16(&iptc[dataset + 3], ByteOrder::big);
@@ -49,17 +52,14 @@ uint8_t* writeKeyword(std::span<const uint8_t> keyword, uint8_t* out) {
   return std::ranges::copy(keyword, out + 2).out;
 }
 
-int addKeyword(std::span<const uint8_t> iptc, std::span<const uint8_t> keyword, uint8_t* out) {
-  if (iptc.empty()) {
-    writeKeyword(keyword, std::ranges::copy(kRecordVersion, out).out);
-    return static_cast<int>(kRecordVersion.size());
-  }
-  const std::optional<std::size_t> insertion = findInsertionPoint(iptc);
-  if (!insertion) return kBrokenIptc;
-  out = std::ranges::copy(iptc.first(*insertion), out).out;
+// A block without datasets is begun with the record version.
+int addKeyword(std::span<const uint8_t> iptc, std::size_t insertion,
+               std::span<const uint8_t> keyword, uint8_t* out) {
+  const std::span<const uint8_t> before = iptc.empty() ? kRecordVersion : iptc.first(insertion);
+  out = std::ranges::copy(before, out).out;
   out = writeKeyword(keyword, out);
-  std::ranges::copy(iptc.subspan(*insertion), out);
-  return static_cast<int>(*insertion);
+  std::ranges::copy(iptc.subspan(insertion), out);
+  return static_cast<int>(before.size());
 }
 
 }  // namespace
@@ -69,12 +69,13 @@ int addKeyword(std::span<const uint8_t> iptc, std::span<const uint8_t> keyword, 
 int add_iptc_keyword(int iptcLength, const unsigned char* iptc, int keywordLength,
                      const unsigned char* keyword, unsigned char* out) {
   using namespace lumenforge;
-  if (iptcLength < 0) return kBrokenIptc;
-  if (keywordLength < 0 || keywordLength > std::numeric_limits<uint16_t>::max() ||
-      iptcLength >
-          std::numeric_limits<int>::max() - keywordLength - static_cast<int>(kHeaderSize)) {
-    return kKeywordTooLong;
-  }
-  return addKeyword({iptc, static_cast<std::size_t>(iptcLength)},
-                    {keyword, static_cast<std::size_t>(keywordLength)}, out);
+  constexpr uint64_t kLongestBlock = std::numeric_limits<int>::max();
+  if (iptcLength < 0) return kBrokenBlock;
+  const std::span block(iptc, static_cast<std::size_t>(iptcLength));
+  const std::optional<std::size_t> insertion = findInsertionPoint(block);
+  if (!insertion) return kBrokenBlock;
+  if (keywordLength < 0 || keywordLength > std::numeric_limits<uint16_t>::max()) return kTooLong;
+  const std::span text(keyword, static_cast<std::size_t>(keywordLength));
+  if (block.size() + kHeaderSize + text.size() > kLongestBlock) return kTooLong;
+  return addKeyword(block, *insertion, text, out);
 }

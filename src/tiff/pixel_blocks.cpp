@@ -19,9 +19,9 @@ bool rowsAreWhole(const PixelRows& rows) {
 }
 
 // Whether the rows of a block stand in memory as they stand in the file.
-bool blocksStandInMemory(const PixelRows& rows) {
+bool blocksStandInMemory(const PixelRows& rows, uint64_t rowsPerBlock) {
   return rowsAreWhole(rows) &&
-         (rows.rowsPerBlock == 1 || rows.distance == static_cast<std::ptrdiff_t>(rows.rowSize()));
+         (rowsPerBlock == 1 || rows.distance == static_cast<std::ptrdiff_t>(rows.rowSize()));
 }
 
 void gatherBlock(const PixelRows& rows, uint64_t firstRow, uint64_t rowCount, uint8_t* block) {
@@ -39,16 +39,15 @@ void gatherBlock(const PixelRows& rows, uint64_t firstRow, uint64_t rowCount, ui
 }  // namespace
 
 int writePixelBlocks(std::FILE* file, const PixelRows& rows) {
-  ZeroedBuffer block;
-  if (rows.height > 0 && !blocksStandInMemory(rows)) {
-    block = allocateZeroed(std::min(rows.rowsPerBlock, rows.height) * rows.writtenRowSize());
-    if (block == nullptr) return kNoMemory;
-  }
+  const uint64_t rowsPerBlock = std::min(rows.rowsPerBlock, rows.height);
+  const ZeroedBuffer block = allocateZeroed(rowsPerBlock * rows.writtenRowSize());
+  if (block == nullptr) return kNoMemory;
+  const bool straight = blocksStandInMemory(rows, rowsPerBlock);
   uint64_t rowCount = 0;
   for (uint64_t row = 0; row < rows.height; row += rowCount) {
-    rowCount = std::min(rows.rowsPerBlock, rows.height - row);
-    if (block != nullptr) gatherBlock(rows, row, rowCount, block.get());
-    const uint8_t* bytes = block != nullptr ? block.get() : rowAt(rows, row);
+    rowCount = std::min(rowsPerBlock, rows.height - row);
+    if (!straight) gatherBlock(rows, row, rowCount, block.get());
+    const uint8_t* bytes = straight ? rowAt(rows, row) : block.get();
     if (std::fwrite(bytes, rows.writtenRowSize(), rowCount, file) != rowCount) {
       return kPixelsNotWritten;
     }

@@ -10,7 +10,7 @@
 namespace lumenforge {
 
 // Which bytes of each unit are written, in ascending order. A unit is a pixel, or a single sample
-// where all samples are written alike; 2, 4, 8 or 16 bytes.
+// where all samples are written alike; 1, 2, 4, 8 or 16 bytes.
 struct PixelPacking {
   std::size_t unitSize = 0;
   std::size_t unitsPerPixel = 1;

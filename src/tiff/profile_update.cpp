@@ -20,6 +20,11 @@ namespace lumenforge {
 
 namespace {
 
+// Results beside the new profile's size.
+constexpr int kNoProfileEntry = 0;
+constexpr int kNotBegun = -1;      // arguments, a file that cannot be opened, another entry by now
+constexpr int kCannotUpdate = -2;  // what had been done is taken back
+
 constexpr int kProfileTag = static_cast<int>(Tag::iccProfile);
 
 struct TagLookup {
@@ -58,7 +63,10 @@ TagLookup findTag(std::FILE* stream, int tag) {
   const std::optional<uint64_t> position = positionOf(stream);
   if (!position) return {kCannotSeek, {}};
   Window window(stream, *position);
-  return findInChain(window, *offset, tag);
+  const TagLookup found = findInChain(window, *offset, tag);
+  // What cannot be told as a result is not there, neither for the host nor for an update.
+  if (found.entry.offset > std::numeric_limits<int>::max()) return {kNoSuchTag, {}};
+  return found;
 }
 
 // Count and value field of an entry, as they stand in the file.
@@ -94,24 +102,29 @@ int replaceProfile(File append, std::FILE* update, const DirectoryEntry& entry, 
   return kCannotUpdate;
 }
 
-int failWith(const char* message) {
-  std::fputs(message, stderr);
-  return kCannotRead;
+// Written with no file open: where the host has closed its standard error, a file that is opened
+// takes its place.
+int failToOpen(const char* purpose) {
+  std::fprintf(stderr, "Can not open input file for %s\n", purpose);
+  return kNotBegun;
 }
 
 // Both handles are opened before anything changes.
 int updateProfile(const char* path, const DirectoryEntry& entry, uint64_t end,
                   std::span<const uint8_t> profile) {
-  const File update = openUnbuffered(path, "rb+");
-  if (update == nullptr) return failWith("Can not open input file for update\n");
+  File update = openUnbuffered(path, "rb+");
+  if (update == nullptr) return failToOpen("update");
   if (!seekTo(update.get(), entry.offset)) return kCannotUpdate;
   std::array<uint8_t, 2> tag;
   if (std::fread(tag.data(), tag.size(), 1, update.get()) != 1 ||
       load16(tag.data(), ByteOrder::little) != kProfileTag) {
-    return kCannotRead;
+    return kNotBegun;
   }
   File append = openUnbuffered(path, "ab+");
-  if (append == nullptr) return failWith("Can not open input file for appending\n");
+  if (append == nullptr) {
+    update.reset();
+    return failToOpen("appending");
+  }
   return replaceProfile(std::move(append), update.get(), entry, end, profile);
 }
 
@@ -123,7 +136,6 @@ int get_tif_tag(FILE* stream, int tag, int* count, int* value) {
   using namespace lumenforge;
   const TagLookup found = findTag(stream, tag);
   if (found.failure != 0) return found.failure;
-  if (found.entry.offset > std::numeric_limits<int>::max()) return kNoSuchTag;
   *count = static_cast<int>(found.entry.count);
   *value = static_cast<int>(found.entry.value);
   return static_cast<int>(found.entry.offset);
@@ -131,9 +143,9 @@ int get_tif_tag(FILE* stream, int tag, int* count, int* value) {
 
 int update_tif_profile(int size, const unsigned char* profile, const char* path) {
   using namespace lumenforge;
-  if (size <= 0) return kCannotRead;
+  if (size <= 0) return kNotBegun;
   File reading = openUnbuffered(path, "rb");
-  if (reading == nullptr) return failWith("Can not open input file for reading\n");
+  if (reading == nullptr) return failToOpen("reading");
   const TagLookup found = findTag(reading.get(), kProfileTag);
   if (found.failure != 0) return kNoProfileEntry;
   const std::optional<uint64_t> end = sizeOf(reading.get());

@@ -23,12 +23,18 @@ namespace lumenforge {
 
 namespace {
 
+constexpr int kCannotCreate = -1;
+constexpr int kNoDirectoryMemory = -1;
+constexpr int kHeaderNotWritten = -2;
+constexpr int kUnsupportedDescription = -6;
+constexpr int kDirectoryNotWritten = -12;
+
 constexpr uint64_t kBlockSize = 1048576;
 constexpr uint64_t kLargestFile = std::numeric_limits<uint32_t>::max();
 constexpr int32_t kHalfFloat = 3216;
 constexpr char kSoftware[] = "Lumenforge Merge To 32-bit HDR";
 
-struct ImageDescription {
+struct ImageLayout {
   uint32_t width = 0;
   uint32_t height = 0;
   uint16_t samples = 0;  // per pixel in the file, 1 or 3
@@ -37,7 +43,8 @@ struct ImageDescription {
   uint32_t resolution = 0;
   uint16_t orientation = 1;
 
-  uint64_t stripSize() const { return uint64_t{width} * height * samples * (bits / 8U); }
+  uint64_t rowSize() const { return uint64_t{width} * samples * (bits / 8U); }
+  uint64_t stripSize() const { return rowSize() * height; }
 };
 
 // What else goes into the file.
@@ -53,17 +60,15 @@ struct Metadata {
 };
 
 bool isSupported(const TifImageInfo& info) {
-  constexpr int32_t kLargestResolution = std::numeric_limits<uint32_t>::max() / 1000;
   const bool isDepth = info.bitsPerSample == 8 || info.bitsPerSample == 16 ||
                        info.bitsPerSample == 32 || info.bitsPerSample == kHalfFloat;
   const bool isConversion =
       info.conversion == 0 || (info.conversion == 1 && info.bitsPerSample == 8);
-  return isDepth && isConversion && info.channels >= 1 && info.channels <= 4 && info.width >= 1 &&
-         info.iccLength >= 0 && info.resolution >= 0 && info.resolution <= kLargestResolution;
+  return isDepth && isConversion && info.channels >= 1 && info.channels <= 4 && info.width >= 1;
 }
 
-ImageDescription describe(const TifImageInfo& info) {
-  ImageDescription image;
+ImageLayout layoutOf(const TifImageInfo& info) {
+  ImageLayout image;
   image.width = static_cast<uint32_t>(info.width);
   image.height = static_cast<uint32_t>(std::max(info.height, 0));
   image.samples = info.channels <= 2 ? 1 : 3;
@@ -75,7 +80,7 @@ ImageDescription describe(const TifImageInfo& info) {
   return image;
 }
 
-PixelRows rowsOf(const TifImageInfo& info, const ImageDescription& image, const void* pixels,
+PixelRows rowsOf(const TifImageInfo& info, const ImageLayout& image, const void* pixels,
                  int32_t stride) {
   const bool narrow = info.conversion == 1;
   const std::size_t sampleSize = narrow ? 2 : image.bits / 8U;
@@ -125,7 +130,7 @@ void addXmp(DirectoryWriter& directory, const XmpRequest& request, const XmpChoi
   if (!out.empty()) writeXmp(request, choice, out);
 }
 
-void addImageEntries(DirectoryWriter& directory, const ImageDescription& image,
+void addImageEntries(DirectoryWriter& directory, const ImageLayout& image,
                      const Metadata& metadata) {
   addShortOrLong(directory, Tag::imageWidth, image.width);
   addShortOrLong(directory, Tag::imageLength, image.height);
@@ -144,7 +149,8 @@ void addImageEntries(DirectoryWriter& directory, const ImageDescription& image,
   directory.addShort(Tag::samplesPerPixel, image.samples);
   addShortOrLong(directory, Tag::rowsPerStrip, image.height);  // rows per strip
   directory.addLong(Tag::stripByteCounts, static_cast<uint32_t>(image.stripSize() & 0xFFFFFFFF));
-  // Hosts rely on this order, in which three tags do not ascend.
+  // Hosts rely on the order: this tag before the two resolutions and, further on, the profile
+  // before the packet and the IPTC block.
   directory.addShort(Tag::planarConfiguration, 1);  // samples of a pixel side by side
   const std::array<uint32_t, 2> resolution = {image.resolution * 1000, 1000};
   directory.addRationals(Tag::xResolution, resolution);
@@ -152,7 +158,7 @@ void addImageEntries(DirectoryWriter& directory, const ImageDescription& image,
   directory.addShort(Tag::resolutionUnit, 2);  // per inch
 }
 
-void addOptionalEntries(DirectoryWriter& directory, const ImageDescription& image,
+void addOptionalEntries(DirectoryWriter& directory, const ImageLayout& image,
                         const Metadata& metadata) {
   if (image.isFloat) {
     directory.addText(Tag::software, kSoftware, sizeof kSoftware);
@@ -170,7 +176,7 @@ void addOptionalEntries(DirectoryWriter& directory, const ImageDescription& imag
 
 // Without memory, entries and values are counted only.
 DirectoryWriter writeDirectory(const FileMemory& memory, uint64_t entryCount,
-                               const ImageDescription& image, const Metadata& metadata) {
+                               const ImageLayout& image, const Metadata& metadata) {
   DirectoryWriter directory(memory, kTiffHeaderSize + image.stripSize(), entryCount);
   addImageEntries(directory, image, metadata);
   addOptionalEntries(directory, image, metadata);
@@ -184,10 +190,9 @@ struct DirectoryPlan {
 };
 
 // None where the file would pass the offsets' 32 bits.
-std::optional<DirectoryPlan> planDirectory(const ImageDescription& image,
-                                           const Metadata& metadata) {
+std::optional<DirectoryPlan> planDirectory(const ImageLayout& image, const Metadata& metadata) {
+  if (image.height > (kLargestFile - kTiffHeaderSize) / image.rowSize()) return std::nullopt;
   const uint64_t offset = kTiffHeaderSize + image.stripSize();
-  if (offset > kLargestFile) return std::nullopt;
   const DirectoryWriter measured = writeDirectory({}, 0, image, metadata);
   const uint64_t size = directorySize(measured.entryCount()) + measured.valueSize();
   if (size > kLargestFile - offset) return std::nullopt;
@@ -198,8 +203,8 @@ bool writeWhole(std::FILE* file, std::span<const uint8_t> bytes) {
   return std::fwrite(bytes.data(), bytes.size(), 1, file) == 1;
 }
 
-int writeFile(File file, const PixelRows& rows, const DirectoryPlan& plan,
-              const ImageDescription& image, const Metadata& metadata) {
+int writeFile(File file, const PixelRows& rows, const DirectoryPlan& plan, const ImageLayout& image,
+              const Metadata& metadata) {
   std::array<uint8_t, kTiffHeaderSize> header{};
   putTiffHeader({header, 0}, plan.offset);
   if (!writeWhole(file.get(), header)) return kHeaderNotWritten;
@@ -225,7 +230,7 @@ int buf2tif(const void* pixels, const TifImageInfo* info, int stride,
             int xmpLength, const unsigned char* xmp, const char* path) {
   using namespace lumenforge;
   if (!isSupported(*info)) return kUnsupportedDescription;
-  const ImageDescription image = describe(*info);
+  const ImageLayout image = layoutOf(*info);
 
   Metadata metadata;
   metadata.meta = meta;

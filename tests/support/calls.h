@@ -124,11 +124,10 @@ inline const std::vector<Call> kCalls = {
       return write_exif_buf(5, 44, 9, 91, 13, 6, 20, 11, 6, &kMeta, &kCameraGps, "Canon", m); }},
     {"add_iptc_keyword", 8, 17, [](S, M m) {
       return add_iptc_keyword(size(kIptc), bytesAt(kIptc), 4, bytesAt("lake"), m); }},
-    // Four channels, of which three are written, need memory for a block; a packet without its
-    // terminator needs memory for a copy.
-    {"buf2tif", 8, 288, [](S s, M m) {
-      const TifImageInfo info{9, 8, 4, 8, 72, 0, size(kIcc), 0, {}, 1};
-      return buf2tif(m, &info, 36, bytesAt(kIcc), &kMeta, &kCameraGps, size(kIptc), bytesAt(kIptc),
+    // A packet without its terminator needs memory for a copy.
+    {"buf2tif", 8, 216, [](S s, M m) {
+      const TifImageInfo info{9, 8, 3, 8, 72, 0, size(kIcc), 0, {}, 1};
+      return buf2tif(m, &info, 27, bytesAt(kIcc), &kMeta, &kCameraGps, size(kIptc), bytesAt(kIptc),
                      0, nullptr, size(kXmp), bytesAt(kXmp), s.output.path()); }, {-4, -1, -4, -1}, {-2, -3, -12, -12}},
     {"get_tif_tag", 22, 8, [](S s, M m) { return get_tif_tag(s.at("II*"), 0x8773, m, m + 4); }, {}, {}, {-1, -2, -3}},
     {"update_tif_profile", 77, 0, [](S s, M) { return update_tif_profile(size(kIcc), bytesAt(kIcc), s.output.path()); },
