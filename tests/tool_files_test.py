@@ -1,5 +1,5 @@
 """lfmeta's command line, and how it reads and replaces files."""
-import json, os, re, unittest
+import contextlib, json, os, re, resource, signal, time, unittest
 
 from support.tool import *
 
@@ -55,6 +55,105 @@ class ToolFiles(ToolTest):
             done = subprocess.run([LFMETA, "read", EXAMPLE], stdout=full, stderr=subprocess.PIPE)
         self.assertEqual((done.returncode, done.stderr),
                          (1, b"lfmeta: standard output: cannot be written: No space left on device\n"))
+
+    def test_no_file_of_another_kind_is_replaced(self):
+        self.good("settings write a.xmp --method 1")
+        self.good("tiff in a.tif --method 4")
+        self.good("exif photo.jpg a.bin")
+        tiff, block = [(self.dir / name).read_bytes() for name in ["a.tif", "a.bin"]]
+        raw = b"II*\0\x10\0\0\0CR\2\0" + bytes(4) + b"\1\0\0\1\3\0\1\0\0\0\5\0" + bytes(6)
+        self.files(empty=b"", raw=raw, subs=raw.replace(b"CR", b"XX").replace(b"\0\1\3", b"J\1\3"), big=b"MM\0*" + raw[4:],
+                   side=b"<?xpacket begin=''?>\n" + (self.dir / "a.xmp").read_bytes())
+        os.symlink("photo.jpg", self.dir / "link")
+        writers = ["settings write %s --method 4", "tiff in %s", "exif photo.jpg %s"]
+        allowed = [["a.xmp"], ["a.tif"], ["a.bin"]]
+        for writer, fitting in zip(writers, allowed):
+            for name in sorted({"a.xmp", "a.tif", "a.bin", "photo.jpg", "link", "raw", "subs", "big", "side"} - {*fitting}):
+                with self.subTest(writer % name):
+                    self.bad("; --force replaces it", writer % name)
+            for name in ["empty", *fitting, "new"]:
+                before = (self.dir / fitting[0]).read_bytes()
+                self.good(writer % name)
+                self.files(empty=b"", **{fitting[0]: before})
+            (self.dir / "new").unlink()
+        for line in ["exif a.bin a.bin", "tiff in a.tif --like a.tif", "tiff in a.tif --icc a.tif"]:
+            self.bad("what the new file is made from", line)
+        self.good("exif photo.jpg link --force")
+        self.assertEqual((self.dir / "photo.jpg").read_bytes(), block)
+        self.assertTrue((self.dir / "link").is_symlink())
+        os.mkfifo(self.dir / "pipe")
+        for line in ["exif a.tif pipe", "exif a.tif .", "exif pipe b", "exif . b", "tiff pipe b", "tiff in b --like pipe",
+                     "tiff in b --icc pipe", "hdr pipe", "read pipe",
+                     "settings show pipe", "settings insert pipe --method 1"]:
+            done = run(LFMETA, *line.split(), cwd=self.dir, timeout=10)
+            self.assertEqual((done[0], done[1], done[2].count("\n")), (1, b"", 1), (line, done))
+
+    def test_standard_input_and_output(self):
+        for source, line in [("in", "tiff %s %s")]:
+            self.good(line % (source, "named"))
+            with open(self.dir / source, "rb") as stdin:
+                done = subprocess.run([LFMETA, *(line % ("-", "-")).split()], cwd=self.dir, stdin=stdin, capture_output=True)
+            self.assertEqual((done.returncode, done.stderr, done.stdout), (0, b"", (self.dir / "named").read_bytes()))
+            (self.dir / "named").unlink()
+        packet = run(LFMETA, "settings", "write", "-", "--method", "4")[1]
+        for line, told in [("settings count -", b"1\n"), ("settings insert - --method 4 --number 1", None)]:
+            done = subprocess.run([LFMETA, *line.split()], cwd=self.dir, input=packet, capture_output=True)
+            self.assertEqual((done.returncode, done.stderr, told or done.stdout), (0, b"", done.stdout), line)
+        self.assertEqual(done.stdout.count(b"<lfst:Method>"), 2)
+        self.assertEqual({*os.listdir(self.dir)}, {"photo.jpg", "in"})
+
+    @contextlib.contextmanager
+    def waiting(self, target="new"):
+        """lfmeta while it writes the target, of which a temporary file is there, and reads its standard input"""
+        before = {*os.listdir(self.dir)}
+        words = [LFMETA, "tiff", "-", target, "--force"]
+        with subprocess.Popen(words, cwd=self.dir, stdin=subprocess.PIPE, stderr=subprocess.DEVNULL) as tool:
+            while not {*os.listdir(self.dir)} - before:
+                self.assertIsNone(tool.poll())
+                time.sleep(0.001)
+            yield tool, *{*os.listdir(self.dir)} - before
+
+    def test_temporary_files_do_not_outlive_the_tool(self):
+        for number in [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM]:
+            with self.waiting() as (tool, name):
+                tool.send_signal(number)
+            self.assertEqual((tool.returncode, {*os.listdir(self.dir)}), (-number, {"photo.jpg", "in"}))
+        done = run(LFMETA, "tiff", "in", "new", cwd=self.dir,
+                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100)))
+        self.assertEqual((done[0], {*os.listdir(self.dir)}), (-signal.SIGXFSZ, {"photo.jpg", "in"}))
+
+    def test_a_new_file_is_reached_through_no_name(self):
+        self.files(victim=b"mine")
+        with self.waiting() as (tool, name):
+            (self.dir / name).unlink()
+            (self.dir / name).symlink_to("victim")
+            tool.communicate(COLOR)
+        self.assertEqual((self.dir / "victim").read_bytes(), b"mine")
+
+    def test_owner_group_and_permissions_of_a_replaced_file(self):
+        root = os.geteuid() == 0
+        write = [LFMETA, "settings", "write", "file", "--force", "--method", "4"]
+        file = self.dir / "file"
+        self.assertEqual(run(*write, cwd=self.dir, umask=0o027)[0], 0)
+        self.assertEqual(file.stat().st_mode & 0o7777, 0o640)
+        for mode, owner, group, more, expected in [  # owner and group only as root can give them
+                (0o6775, None, None, {}, 0o775), (0o200, None, None, {}, 0o200), (0o3644, 12, 34, {}, (0o644, 12, 34)),
+                (0o6664, 65534, 65534, dict(user=65534, group=65534, extra_groups=[]), (0o664, 65534, 65534)),
+                (0o6664, 65534, 34, dict(user=65534, group=65534, extra_groups=[]), (0o604, 65534, 65534)),
+                (0o6664, 65534, 34, dict(user=65534, group=65534, extra_groups=[34]), (0o664, 65534, 34)),
+                (0o666, 12, 34, dict(user=65534, group=65534, extra_groups=[34]), (0o666, 65534, 34)),
+                (0o200, 65534, 65534, dict(user=65534, group=65534, extra_groups=[]), (0o200, 65534, 65534))]:
+            if owner is not None:
+                if not root or (more and not os.access(LFMETA, os.X_OK)):
+                    continue
+                os.chown(self.dir, 65534, 65534)
+                os.chown(file, owner, group)
+            file.chmod(mode)
+            with self.subTest(file=(oct(mode), owner, group), tool=more):
+                self.assertEqual(run(*write, cwd=self.dir, **more), (0, b"", ""))
+                now = file.stat()
+                told = now.st_mode & 0o7777
+                self.assertEqual((told, now.st_uid, now.st_gid) if owner else told, expected)
 
 
 if __name__ == "__main__":

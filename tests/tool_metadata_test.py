@@ -20,7 +20,7 @@ class ToolMetadata(ToolTest):
         self.assertIn("128 bytes", self.good("icc in.tif"))
         self.good("icc in.tif --set longer")
         self.assertIn("132 bytes", self.good("icc in.tif"))
-        self.good("tiff up up --method 4 --set Boost=3 --like photo.jpg --depth half")
+        self.good("tiff up up --force --method 4 --set Boost=3 --like photo.jpg --depth half")
         self.good("exif up block.bin")
         self.assertEqual(self.exiftool("block.bin"), {**self.exiftool("photo.jpg"), "Orientation": 4})
         self.assertIn("Boost                       3", self.good("settings show up"))
@@ -37,7 +37,7 @@ class ToolMetadata(ToolTest):
         self.bad("65535", "tiff in up --keyword " + "x" * 65536, status=2)
 
     def test_keywords_alone_and_the_exposure_of_a_description(self):
-        self.good("tiff in in --keyword abcd --keyword efghijk")
+        self.good("tiff in in --force --keyword abcd --keyword efghijk")
         self.assertTrue((self.dir / "in").read_bytes().endswith(b"\2\x19\0\4abcd\x1c\2\x19\0\7efghijk"))
         self.bad("nothing", "exif in block.bin")
         self.run_line("exiftool -overwrite_original in '-ImageDescription=a, b, c, d, e, f, g, 1/125s, R60 G60 B60'")

@@ -1,6 +1,5 @@
 #include "base/whole_file.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +7,7 @@
 #include <cstring>
 
 #include "base/failure.h"
+#include "base/open_file.h"
 
 namespace lfmeta {
 
@@ -15,21 +15,11 @@ namespace {
 
 class OpenFile {
  public:
-  explicit OpenFile(const std::string& path)
-      : path_(path), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
+  explicit OpenFile(const std::string& path) : path_(path), descriptor_(openForReading(path)) {
     struct stat status {};
-    if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) {
-      const int reason = errno;
-      closeOnce();
-      throw Failure(path, std::string("cannot be opened: ") + std::strerror(reason));
-    }
-    if (!S_ISREG(status.st_mode)) {
-      closeOnce();
-      throw Failure(path, "is not a regular file");
-    }
-    size_ = static_cast<uint64_t>(status.st_size);
+    if (fstat(descriptor_, &status) == 0) size_ = static_cast<uint64_t>(status.st_size);
   }
-  ~OpenFile() { closeOnce(); }
+  ~OpenFile() { close(descriptor_); }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
 
@@ -52,11 +42,6 @@ class OpenFile {
   }
 
  private:
-  void closeOnce() {
-    if (descriptor_ >= 0) close(descriptor_);
-    descriptor_ = -1;
-  }
-
   std::string path_;
   int descriptor_;
   uint64_t size_ = 0;

@@ -19,7 +19,7 @@ constexpr std::size_t kRoomForBlock = 1024;
 
 struct Options {
   std::string photo;
-  std::string out;
+  Output out;
 };
 
 int writeExif(const Options& options) {
@@ -45,7 +45,7 @@ int writeExif(const Options& options) {
       exifCount, exifDataSize, gpsCount, gpsDataSize, modelLength, makeLength, dateTimeLength,
       gpsDateLength, static_cast<int>(info.orientation), &meta, &gps, make.data(), block.data());
   if (size < 0) throw Failure(options.photo, "says nothing that an EXIF block could hold");
-  ReplacementFile file(options.out);
+  ReplacementFile file(options.out, {options.photo});
   file.write(std::span(block).first(static_cast<std::size_t>(size)));
   file.commit();
   return kSuccess;
@@ -59,9 +59,7 @@ void addExifCommand(CLI::App& app, Run& chosen) {
   command->add_option("PHOTO", options->photo, "JPEG, TIFF or PSD image")
       ->type_name("")
       ->required();
-  command->add_option("OUT.bin", options->out, "File to create or replace")
-      ->type_name("")
-      ->required();
+  options->out.addTo(*command, "OUT.bin", FileKind::exifBlock)->required();
   runWhenAsked(*command, chosen, options, writeExif);
 }
 

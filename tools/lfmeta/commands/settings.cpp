@@ -24,6 +24,7 @@ constexpr int kLastSetNumber = 99;
 
 struct Options {
   std::string file;
+  Output out;
   bool json = false;
   SettingsOptions settings;
   int setNumber = 0;  // 0: the next one
@@ -76,9 +77,9 @@ int showSettings(const Options& options) {
 int writeSettings(const Options& options) {
   SettingsParams params{};
   const int method = options.settings.read(params);
-  ReplacementFile file(options.file);
+  ReplacementFile file(options.out, {});
   if (write_xmp(file.path().c_str(), method, params) < 0) {
-    throw Failure(options.file, "cannot be written; is there room on the disk?");
+    throw Failure(options.out.path, "cannot be written; is there room on the disk?");
   }
   file.commit();
   return kSuccess;
@@ -139,8 +140,7 @@ constexpr const char* kAnyFile = "JPEG, TIFF or PSD image, or a file of XMP text
 constexpr Action kActions[] = {
     {"show", "FILE", kAnyFile, "Show the method and the settings in an image or an XMP file",
      showSettings, false},
-    {"write", "OUT.xmp", "File to create or replace", "Write settings as an XMP packet file",
-     writeSettings, true},
+    {"write", "OUT.xmp", nullptr, "Write settings as an XMP packet file", writeSettings, true},
     {"insert", "PACKET.xmp", "File of XMP text, which is changed",
      "Insert a settings block into an XMP packet file", insertSettings, true},
     {"count", "FILE", kAnyFile, "Count the settings blocks in an image or an XMP file",
@@ -155,7 +155,11 @@ void addSettingsCommand(CLI::App& app, Run& chosen) {
   for (const Action& action : kActions) {
     CLI::App* one = command->add_subcommand(action.name, action.help);
     const auto options = std::make_shared<Options>();
-    one->add_option(action.fileLabel, options->file, action.fileHelp)->type_name("")->required();
+    if (action.run == writeSettings) {
+      options->out.addTo(*one, action.fileLabel, FileKind::settingsPacket)->required();
+    } else {
+      one->add_option(action.fileLabel, options->file, action.fileHelp)->type_name("")->required();
+    }
     if (action.takesSettings) options->settings.addTo(*one)->required();
     if (action.run == insertSettings) {
       one->add_option("--number", options->setNumber,

@@ -24,7 +24,7 @@ constexpr int kHighestResolution = std::numeric_limits<int>::max() / 1000;
 
 struct Options {
   std::string in;
-  std::string out;
+  Output out;
   std::optional<std::string> depth;
   int resolution = kDefaultResolution;
   FinishedMetadataOptions metadata;
@@ -56,6 +56,8 @@ const char* failedStage(int result) {
 }
 
 int writeTiff(const Options& options) {
+  ReplacementFile file(options.out, {options.in, options.metadata.photo.value_or(""),
+                                     options.metadata.profile.value_or("")});
   FinishedMetadata with = options.metadata.read();
   Image image = decodeImage(options.in);
   const Sample asked = options.depth ? kDepths.at(*options.depth) : image.sample;
@@ -75,12 +77,11 @@ int writeTiff(const Options& options) {
   info.orientation = image.orientation > 1 ? image.orientation : with.orientation;
   const std::size_t stride = narrows ? image.rowSize() / 2 : image.rowSize();
 
-  ReplacementFile file(options.out);
   const int result = buf2tif(
       image.pixels.get(), &info, static_cast<int>(stride), with.profile.data(), &with.meta,
       &with.gps, static_cast<int>(with.iptc.size()), with.iptc.data(), with.method, with.settings,
       static_cast<int>(with.xmp.size()), with.xmp.data(), file.path().c_str());
-  if (result < 0) throw Failure(options.out, failedStage(result));
+  if (result < 0) throw Failure(options.out.path, failedStage(result));
   if (options.metadata.profile && !readTiffProfile(file.path())) {
     throw Failure(*options.metadata.profile, "is no RGB profile; nothing is written");
   }
@@ -96,9 +97,7 @@ void addTiffCommand(CLI::App& app, Run& chosen) {
   command->add_option("IN", options->in, "PNG, JPEG, PNM, PAM, PFM or Radiance picture")
       ->type_name("")
       ->required();
-  command->add_option("OUT.tif", options->out, "File to create or replace; may be IN")
-      ->type_name("")
-      ->required();
+  options->out.addTo(*command, "OUT.tif", FileKind::tiff)->required();
   command->add_option("--depth", options->depth, "Samples: 8, 16, half or float (as IN has them)")
       ->check(CLI::IsMember(kDepths).description(""))
       ->type_name("8|16|half|float");

@@ -1,0 +1,75 @@
+#include "base/file_kind.h"
+
+#include <LumenforgeMetaLib.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace lfmeta {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr std::size_t kProfileSignature = 36;
+
+struct Kind {
+  const char* name;
+  std::size_t offset;
+  std::string_view signature;
+};
+
+constexpr std::array kKinds{
+    Kind{"a packet of settings alone", 0, "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n<rdf:RDF"sv},
+    Kind{"a TIFF picture as lfmeta writes it", 0, "II*\0"sv},
+    Kind{"a stand-alone EXIF block", 0, "II*\0"sv},
+    Kind{"a PNG picture", 0, "\x89PNG\r\n\x1A\n"sv},
+    Kind{"an ICC profile", kProfileSignature, "acsp"sv},
+};
+
+const Kind& entryOf(FileKind kind) {
+  return kKinds[static_cast<std::size_t>(kind)];
+}
+
+std::string bytesAt(int descriptor, std::size_t offset, std::size_t size) {
+  std::string bytes(size, '\0');
+  const ssize_t count = pread(descriptor, bytes.data(), size, static_cast<off_t>(offset));
+  bytes.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+  return bytes;
+}
+
+bool hasTag(int descriptor, int tag) {
+  const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(fdopen(copy, "rb"), &std::fclose);
+  int count = 0;
+  int value = 0;
+  return stream && std::fseek(stream.get(), 0, SEEK_SET) == 0 &&
+         get_tif_tag(stream.get(), tag, &count, &value) > 0;
+}
+
+// Raw photographs are TIFF files, too: their pictures stand in directories below the first.
+bool isRaw(int descriptor) {
+  constexpr int kSubDirectories = 330;
+  return hasTag(descriptor, kSubDirectories) || bytesAt(descriptor, 8, 2) == "CR";
+}
+
+}  // namespace
+
+const char* nameOf(FileKind kind) {
+  return entryOf(kind).name;
+}
+
+bool isOfKind(int descriptor, FileKind kind) {
+  constexpr int kImageWidth = 256;
+  const auto& [name, offset, signature] = entryOf(kind);
+  if (bytesAt(descriptor, offset, signature.size()) != signature) return false;
+  if (kind != FileKind::tiff && kind != FileKind::exifBlock) return true;
+  return hasTag(descriptor, kImageWidth) == (kind == FileKind::tiff) && !isRaw(descriptor);
+}
+
+}  // namespace lfmeta

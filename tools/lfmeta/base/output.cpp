@@ -1,0 +1,16 @@
+#include "base/output.h"
+
+namespace lfmeta {
+
+CLI::Option* Output::addTo(CLI::App& command, const std::string& label, FileKind theKind) {
+  return addTo(command, label, "", "File to create, or to replace if it is of this kind", theKind);
+}
+
+CLI::Option* Output::addTo(CLI::App& command, const std::string& name, const std::string& label,
+                           const std::string& help, FileKind theKind) {
+  kind = theKind;
+  command.add_flag("--force", force, "Replace the file whatever it is");
+  return command.add_option(name, path, help)->type_name(label);
+}
+
+}  // namespace lfmeta
