@@ -1,5 +1,5 @@
 """lfmeta tiff and hdr: pictures of every format in, judged by ImageMagick and plain arithmetic."""
-import json, math, struct, subprocess, unittest, zlib
+import json, math, struct, subprocess, sys, unittest, zlib
 
 from support.tool import *
 
@@ -18,6 +18,9 @@ def radiance(rows, size=(H, W)):
 
 def pfm(values, order):
     return b"Pf\n%d 1\n%s1.0\n" % (len(values), b"-" * (order == "<")) + floats(values, order)
+
+
+PNG_START = b"\x89PNG\r\n\x1a\n"
 
 
 def png_chunk(kind, data):
@@ -44,7 +47,39 @@ def png(kind, depth, interlaced, transparent):
     plain = [colors[value(x, y, 0)][c] if colors else value(x, y, c) for y in range(size) for x in range(size) for c in shown]
     wanted = struct.pack("<%dH" % len(plain), *plain) if depth == 16 else bytes(
         v if colors else v * 255 // (2 ** depth - 1) for v in plain)
-    return b"\x89PNG\r\n\x1a\n" + b"".join(png_chunk(*chunk) for chunk in chunks), wanted
+    return PNG_START + b"".join(png_chunk(*chunk) for chunk in chunks), wanted
+
+
+# Scanlines without packing. Values are a row's pixels, each with a value for each channel.
+def exr(rows, channels="RGB", code="e", density=None, window=(-3, 7), kind=b"", sampling=1, pixel_type=None):
+    def attribute(name, kind, value):
+        return name + b"\0" + kind + b"\0" + struct.pack("<I", len(value)) + value
+    order = sorted(range(len(channels)), key=lambda c: channels[c])
+    listed = b"".join(channels[c].encode() + b"\0" + struct.pack("<4I", pixel_type if pixel_type is not None else 1 + (
+        code == "f"), 0, sampling, sampling) for c in order)
+    box = struct.pack("<4i", *window, window[0] + len(rows[0]) - 1, window[1] + len(rows) - 1)
+    data = struct.pack("<2I", 20000630, 2) + attribute(b"channels", b"chlist", listed + b"\0") + b"".join(
+        attribute(*all) for all in [(b"compression", b"compression", b"\0"), (b"dataWindow", b"box2i", box),
+                                    (b"displayWindow", b"box2i", box), (b"lineOrder", b"lineOrder", b"\0"),
+                                    (b"pixelAspectRatio", b"float", struct.pack("<f", 1)),
+                                    (b"screenWindowCenter", b"v2f", bytes(8)),
+                                    (b"screenWindowWidth", b"float", struct.pack("<f", 1))])
+    if density: data += attribute(b"xDensity", b"float", struct.pack("<f", density))
+    data += b"\0"
+    lines = [b"".join(struct.pack("<%d%s" % (len(row), code), *(pixel[c] for pixel in row)) for c in order) for row in rows]
+    start, size = len(data) + 8 * len(rows), len(lines[0]) + 8
+    return data + b"".join(struct.pack("<Q", start + size * y) for y in range(len(rows))) + b"".join(
+        struct.pack("<iI", window[1] + y, len(line)) + line for y, line in enumerate(lines))
+
+
+# A black JPEG picture of 8 x 8 whose three colours come one by one, again and again.
+def jpeg_scans(count):
+    def segment(code, data):
+        return b"\xff" + bytes([code]) + struct.pack(">H", len(data) + 2) + data
+    return b"\xff\xd8" + segment(0xDB, bytes([0] + 64 * [1])) + segment(
+        0xC0, bytes([8, 0, 8, 0, 8, 3, 1, 17, 0, 2, 17, 0, 3, 17, 0])) + b"".join(
+            segment(0xC4, bytes([kind, 1] + 16 * [0])) for kind in (0, 16)) + b"".join(
+                segment(0xDA, bytes([1, i % 3 + 1, 0, 0, 63, 0])) + b"\x3f" for i in range(count)) + b"\xff\xd9"
 
 
 def convert(data, how):
@@ -102,6 +137,94 @@ class ToolPictures(ToolTest):
             for cut in [] if depth else [2, 9, len(data) // 2, len(data) - 4]:
                 self.files(**{"in": data[:cut]})
                 self.bad("in: ", "tiff in out.tif")
+
+    def test_tiff_pictures(self):
+        def tiff(how, data=COLOR, copied=""):
+            self.files(**{"made.tif": convert(data, how + " tif:-")})
+            if copied: self.assertEqual(self.run_line("tiffcp %s made.tif copied.tif" % copied)[::2], (0, ""), copied)
+            return (self.dir / ("copied.tif" if copied else "made.tif")).read_bytes()
+        wide, gray = DEEP[-len(RGB) * 2:], convert(COLOR, "-depth 8 -colorspace gray gray:-")
+        swapped = b"".join(wide[i + 1:i + 2] + wide[i:i + 1] for i in range(0, len(wide), 2))
+        bits = convert(COLOR, "-monochrome gray:-")
+        for data, expected in [
+                (tiff("-compress none"), RGB), (tiff("-compress lzw"), RGB), (tiff("-compress zip -endian msb"), RGB),
+                (tiff("-compress none", copied="-t -w 32 -l 16"), RGB), (tiff("", copied="-p separate"), RGB),
+                (tiff("-compress zip -alpha on", copied="-t -w 16 -l 16 -p separate"), RGB), (tiff("-alpha on"), RGB),
+                (tiff("-compress none -endian msb", DEEP), swapped), (tiff("-compress zip", DEEP, "-B -r 2"), swapped),
+                (tiff("-compress none -interlace plane -endian msb", DEEP), swapped), (tiff("-colorspace gray"), gray),
+                (tiff("-monochrome -compress group4"), bits), (tiff("-monochrome -depth 1", copied="-f lsb2msb -c none"), bits),
+                (tiff("-monochrome -compress none -define quantum:polarity=min-is-white"), bytes(255 - v for v in bits)),
+                (tiff("-type palette", palette := convert(COLOR, "-colors 15 png8:-")), convert(palette, "rgb:-")),
+                (tiff("", PHOTO, "-c jpeg:99 -r 16"), None)]:
+            found = self.pixels(data)
+            if expected is None:  # the unpacker's own arithmetic
+                self.run_line("tiffcp -c none copied.tif plain.tif")
+                expected = self.pixels((self.dir / "plain.tif").read_bytes())
+            self.assertEqual(found, expected, data[:8])
+            for cut in [2, 9, len(data) // 2]:
+                self.files(**{"in": data[:cut]})
+                self.bad("in: ", "tiff in out.tif")
+        for depth, how in [("float", "-B"), ("float", "-c zip:3"), ("half", "-B"), ("half", "-c lzw"), ("16", "-c zip:2")]:
+            written = self.pixels(RAMP, "tiff in out.tif --depth " + depth)
+            self.assertEqual(self.run_line("tiffcp %s out.tif copied.tif" % how)[0], 0)
+            self.assertEqual(self.pixels((self.dir / "copied.tif").read_bytes()), written, (depth, how))
+        for how, word in [("-colorspace cmyk", "CMYK"), ("-colorspace lab", "colours"), ("-compress webp", "packed"),
+                          ("-depth 32", "32 bits"), ("-depth 64 -define quantum:format=floating-point", "64 bits")]:
+            self.files(**{"in": tiff(how)})
+            self.bad(word, "tiff in out.tif")
+
+    def test_openexr_pictures(self):
+        rows = [[(x / 4, -y, 1000.0 * x) for x in range(5)] for y in range(3)]
+        flat = [value for row in rows for pixel in row for value in pixel]
+        gray = [[(pixel[2],) for pixel in row] for row in rows]
+        for data, expected in [
+                (exr(rows), struct.pack("<45e", *flat)), (exr(rows, code="f"), floats(flat)),
+                (exr([[(9, *pixel) for pixel in row] for row in rows], "ARGB"), struct.pack("<45e", *flat)),
+                (exr(gray, "Y"), struct.pack("<15e", *flat[2::3]))]:
+            self.assertEqual(self.pixels(data), expected)
+            for cut in [3, 50, len(data) // 2, len(data) - 1]:
+                self.files(**{"in": data[:cut]})
+                self.bad("in: ", "tiff in out.tif")
+        for data, word in [(exr(gray, "Z"), "no channels"), (exr(rows, ["Y", "RY", "BY"]), "differences"),
+                           (exr([[(1, 1, 1)]], code="I", pixel_type=0), "integer")]:
+            self.files(**{"in": data})
+            self.bad(word, "tiff in out.tif")
+
+    def test_what_a_picture_says_is_kept(self):
+        profile = (b"\0\0\2\x0c" + bytes(8) + b"mntrRGB XYZ " + bytes(12) + b"acsp").ljust(0x20C, b"\0")
+        self.files(profile=profile)
+        self.good("tiff in tagged --icc profile --resolution 240")
+        self.run_line("tiffset -s Orientation 6 tagged")
+        self.good("tiff tagged out.tif")
+        self.assertEqual(self.exiftool("out.tif", "-n -XResolution -Orientation"), {"XResolution": 240, "Orientation": 6})
+        self.assertIn(profile, (self.dir / "out.tif").read_bytes())
+        for data, expected in [(exr([[(1, 2, 3)]], density=123.4), 123), (exr([[(1, 2, 3)]], density=float("nan")), 300),
+                               (convert(COLOR, "-units PixelsPerInch -density 96 png:-"), 96), (convert(COLOR, "-units PixelsPerInch -density 100 jpg:-"), 100),
+                               (convert(COLOR, "-units PixelsPerCentimeter -density 100 tif:-"), 254),
+                               (convert(COLOR, "-units PixelsPerCentimeter -density 100 jpg:-"), 254)]:
+            self.pixels(data)
+            self.assertEqual(self.exiftool("out.tif", "-n -XResolution")["XResolution"], expected)
+
+    def peak(self, line):  # bytes of memory, without those of this program
+        code = "import resource as r, subprocess as s, sys; s.run(sys.argv[1:]); print(r.getrusage(r.RUSAGE_CHILDREN).ru_maxrss)"
+        with_limits = {**os.environ, "ASAN_OPTIONS": "quarantine_size_mb=1"}
+        return int(run(sys.executable, "-c", code, LFMETA, *line.split(), cwd=self.dir, env=with_limits)[1].split()[-1]) << 10
+
+    def test_memory_of_hostile_and_of_large_pictures(self):
+        own = self.peak("tiff in out.tif")
+        COLOR_PNG = png(2, 8, 0, 0)[0]
+        blank = PNG_START + png_chunk(b"IHDR", struct.pack(">2I5B", 19000, 19000, 1, 0, 0, 0, 0))
+        texts = png_chunk(b"zTXt", b"Comment\0\0" + zlib.compress(bytes(1 << 20))) * 500
+        packed = zlib.compress(bytes(19000 * 2376), 9)
+        runs = radiance([(bytes(4) + b"\1\1\1\xff" * 3) * 10], (10, 0xFFFFFF))
+        for data, most in [(COLOR_PNG[:33] + texts + COLOR_PNG[33:], 8), (blank + png_chunk(b"IDAT", packed), 8),
+                           (runs, 8), (pnm(b"P5", b"", 255, (60000, 60000)), 8), (jpeg_scans(303), 8)]:
+            self.files(**{"in": data})
+            self.assertLess(self.peak("tiff in out.tif") - own, most << 20, data[:40])
+        size, width, height = 3 * 4096 * 3000, 4096, 3000
+        self.files(ppm=pnm(b"P6", bytes(size), 255, (width, height)))
+        for line in ["tiff ppm tif", "tiff tif out.tif"]:
+            self.assertLess(self.peak(line) - own, 1.2 * size)
 
     def test_malformed_pictures(self):
         row = bytes([2, 2, 0, W])

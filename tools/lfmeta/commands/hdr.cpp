@@ -7,8 +7,8 @@
 #include <string>
 
 #include "base/failure.h"
+#include "base/input_file.h"
 #include "base/report.h"
-#include "base/whole_file.h"
 #include "commands/commands.h"
 #include "pictures/radiance.h"
 
@@ -31,18 +31,15 @@ struct Brightness {
 };
 
 Brightness measure(const std::string& path) {
-  const Bytes file = readWholeFile(path);
-  if (file.size() < 2 || file[0] != '#' || file[1] != '?') {
-    throw Failure(path, "is no Radiance picture");
-  }
-  RadiancePicture picture;
+  const InputFile file(path);
+  Image picture;
   try {
-    picture = readRadiance(file);
+    picture = readRadiancePlanes({file.stream(), file.size(), memoryFor(file.size(), {})});
   } catch (const std::runtime_error& error) {
     throw Failure(path, error.what());
   }
   std::array<float, 3> result{};
-  if (hdrMinMax(picture.width, picture.height, picture.planes.get(), result.data()) < 0) {
+  if (hdrMinMax(picture.width, picture.height, picture.pixels.get(), result.data()) < 0) {
     throw Failure(path, "needs more memory than there is");
   }
   return {picture.width, picture.height, result[0] * kMantissaUnit, result[1] * kMantissaUnit,

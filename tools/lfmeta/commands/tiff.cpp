@@ -2,7 +2,6 @@
 #include <LumenforgeMetaLib.h>
 
 #include <limits>
-#include <map>
 #include <optional>
 #include <string>
 
@@ -11,9 +10,9 @@
 #include "base/replacement_file.h"
 #include "base/report.h"
 #include "commands/commands.h"
+#include "commands/picture_options.h"
 #include "photos/finished_metadata.h"
 #include "photos/icc_profile.h"
-#include "pictures/sample_depth.h"
 
 namespace lfmeta {
 
@@ -23,17 +22,11 @@ constexpr int kDefaultResolution = 300;
 constexpr int kHighestResolution = std::numeric_limits<int>::max() / 1000;
 
 struct Options {
-  std::string in;
+  PictureOptions picture;
   Output out;
-  std::optional<std::string> depth;
-  int resolution = kDefaultResolution;
+  std::optional<int> resolution;
   FinishedMetadataOptions metadata;
 };
-
-const std::map<std::string, Sample> kDepths{{"8", Sample::integer8},
-                                            {"16", Sample::integer16},
-                                            {"half", Sample::half},
-                                            {"float", Sample::float32}};
 
 const char* failedStage(int result) {
   switch (result) {
@@ -56,29 +49,25 @@ const char* failedStage(int result) {
 }
 
 int writeTiff(const Options& options) {
-  ReplacementFile file(options.out, {options.in, options.metadata.photo.value_or(""),
+  ReplacementFile file(options.out, {options.picture.in, options.metadata.photo.value_or(""),
                                      options.metadata.profile.value_or("")});
   FinishedMetadata with = options.metadata.read();
-  Image image = decodeImage(options.in);
-  const Sample asked = options.depth ? kDepths.at(*options.depth) : image.sample;
-  const bool narrows = image.sample == Sample::integer16 && asked == Sample::integer8;
-  if (!narrows) image = withSamples(std::move(image), asked);
+  Image image = options.picture.read();
   if (!options.metadata.profile) with.profile = std::move(image.iccProfile);
 
   TifImageInfo info{};
   info.width = image.width;
   info.height = image.height;
   info.channels = image.channels;
-  info.bitsPerSample =
-      asked == Sample::half ? LUMENFORGE_HALF_FLOAT : static_cast<int>(8 * sizeOf(asked));
-  info.resolution = options.resolution;
+  info.bitsPerSample = image.sample == Sample::half ? LUMENFORGE_HALF_FLOAT
+                                                    : static_cast<int>(8 * sizeOf(image.sample));
+  const int known = image.resolution > 0 ? image.resolution : kDefaultResolution;
+  info.resolution = options.resolution.value_or(known);
   info.iccLength = static_cast<int>(with.profile.size());
-  info.conversion = narrows ? 1 : 0;
   info.orientation = image.orientation > 1 ? image.orientation : with.orientation;
-  const std::size_t stride = narrows ? image.rowSize() / 2 : image.rowSize();
 
   const int result = buf2tif(
-      image.pixels.get(), &info, static_cast<int>(stride), with.profile.data(), &with.meta,
+      image.pixels.get(), &info, static_cast<int>(image.rowSize()), with.profile.data(), &with.meta,
       &with.gps, static_cast<int>(with.iptc.size()), with.iptc.data(), with.method, with.settings,
       static_cast<int>(with.xmp.size()), with.xmp.data(), file.path().c_str());
   if (result < 0) throw Failure(options.out.path, failedStage(result));
@@ -94,23 +83,26 @@ int writeTiff(const Options& options) {
 void addTiffCommand(CLI::App& app, Run& chosen) {
   CLI::App* command = app.add_subcommand("tiff", "Write a picture as a finished TIFF file");
   const auto options = std::make_shared<Options>();
-  command->add_option("IN", options->in, "PNG, JPEG, PNM, PAM, PFM or Radiance picture")
+  command
+      ->add_option("IN", options->picture.in,
+                   "PNG, JPEG, TIFF, OpenEXR, PNM, PAM, PFM or Radiance picture")
       ->type_name("")
       ->required();
   options->out.addTo(*command, "OUT.tif", FileKind::tiff)->required();
-  command->add_option("--depth", options->depth, "Samples: 8, 16, half or float (as IN has them)")
-      ->check(CLI::IsMember(kDepths).description(""))
-      ->type_name("8|16|half|float");
+  options->picture.addDepthTo(*command);
   options->metadata.addTo(*command);
-  command->add_option("--resolution", options->resolution, "Pixels per inch (300)")
+  command->add_option("--resolution", options->resolution, "Pixels per inch (that of IN, else 300)")
       ->transform(wholeNumber(1, kHighestResolution))
       ->type_name("N");
+  options->picture.addTo(*command);
   command->footer(
       "Between integers and floating point, 0 to 1 stands for the whole range of the integers: "
       "floats outside of it are cut off, and no tone curve is applied. 8 bits become 16 times 257; "
       "16 bits become 8 by their high byte. Floats become the nearest half, infinite from 65520 "
       "on. Opacity is left out. A gray profile in IN is left out, too. Settings asked for with "
-      "--method stand in a packet of their own, instead of the photograph's.");
+      "--method stand in a packet of their own, instead of the photograph's. Pixels may take 64 "
+      "MiB, or 1032 bytes for each byte of IN, and 2 GiB at most; --max-memory sets another limit. "
+      "A progressive JPEG takes up to three times as much again while it is read.");
   runWhenAsked(*command, chosen, options, writeTiff);
 }
 

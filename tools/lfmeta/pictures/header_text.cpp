@@ -7,51 +7,62 @@ namespace lfmeta {
 
 namespace {
 
-bool isSpace(unsigned char c) {
+constexpr std::size_t kLongestText = 256;
+
+bool isSpace(char c) {
   return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-std::string_view textOf(std::span<const unsigned char> bytes) {
-  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+void append(std::string& text, char c) {
+  if (text.size() < kLongestText) text += c;
 }
 
 }  // namespace
 
-std::string_view TextCursor::word() {
-  std::size_t start = 0;
-  bool comment = false;
-  for (; start < rest_.size(); ++start) {
-    const unsigned char c = rest_[start];
-    comment = comment ? c != '\n' : c == '#';
-    if (!comment && !isSpace(c)) break;
+unsigned char TextReader::byte() {
+  const int c = getc_unlocked(stream_);
+  if (c == EOF) throw std::runtime_error("ends too early");
+  return static_cast<unsigned char>(c);
+}
+
+void TextReader::bytes(std::span<unsigned char> out) {
+  if (std::fread(out.data(), 1, out.size(), stream_) != out.size()) {
+    throw std::runtime_error("ends before its pixels do");
   }
-  std::size_t end = start;
-  while (end < rest_.size() && !isSpace(rest_[end])) ++end;
-  const std::string_view found = textOf(rest_.subspan(start, end - start));
-  rest_ = rest_.subspan(end < rest_.size() ? end + 1 : end);
+}
+
+char TextReader::character() {
+  for (bool comment = false;;) {
+    const char c = static_cast<char>(byte());
+    comment = comment ? c != '\n' : c == '#';
+    if (!comment && !isSpace(c)) return c;
+  }
+}
+
+std::string TextReader::word() {
+  std::string found(1, character());
+  for (int c = getc_unlocked(stream_); c != EOF && !isSpace(static_cast<char>(c));
+       c = getc_unlocked(stream_)) {
+    append(found, static_cast<char>(c));
+  }
   return found;
 }
 
-std::string_view TextCursor::line() {
-  const std::string_view text = textOf(rest_);
-  const std::size_t end = text.find('\n');
-  if (end == std::string_view::npos) throw std::runtime_error("ends within its header");
-  rest_ = rest_.subspan(end + 1);
-  return text.substr(0, end);
+std::string TextReader::line() {
+  std::string found;
+  for (char c = static_cast<char>(byte()); c != '\n'; c = static_cast<char>(byte())) {
+    append(found, c);
+  }
+  return found;
 }
 
-uint32_t TextCursor::number(uint32_t largest) {
-  return parseNumber(word(), largest);
-}
-
-uint32_t parseNumber(std::string_view text, uint32_t largest) {
+uint32_t TextReader::number(uint32_t largest) {
+  const std::string text = word();
   uint32_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (text.empty() || error != std::errc() || end != text.data() + text.size() || value > largest) {
-    throw std::runtime_error(text.empty() ? "ends too early"
-                                          : "has \"" + std::string(text.substr(0, 20)) +
-                                                "\" where a number of at most " +
-                                                std::to_string(largest) + " should stand");
+  if (error != std::errc() || end != text.data() + text.size() || value > largest) {
+    throw std::runtime_error("has \"" + text.substr(0, 20) + "\" where a number of at most " +
+                             std::to_string(largest) + " should stand");
   }
   return value;
 }

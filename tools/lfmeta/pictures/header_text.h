@@ -1,31 +1,33 @@
-// The header texts of the simple picture formats, read within their bytes.
+// The header texts of the simple picture formats, read from a stream that pixels may follow in.
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <span>
 #include <string>
-#include <string_view>
 
 namespace lfmeta {
 
-class TextCursor {
+// All throw std::runtime_error when the file ends too early.
+class TextReader {
  public:
-  explicit TextCursor(std::span<const unsigned char> bytes) : rest_(bytes) {}
+  explicit TextReader(std::FILE* stream) : stream_(stream) {}
 
-  std::span<const unsigned char> rest() const { return rest_; }
+  unsigned char byte();
+  void bytes(std::span<unsigned char> out);
   // The next run of characters that are no white space; comments from # to the line's end are
-  // passed over. Takes the one white-space character behind it, too. Empty at the end.
-  std::string_view word();
-  // Up to the line feed, which is taken, too. Throws std::runtime_error when the bytes end first.
-  std::string_view line();
-  // The next word as a decimal number of at most `largest`. Throws std::runtime_error.
+  // passed over. Takes the one white-space character behind it, too. Longer words than the formats
+  // have are cut.
+  std::string word();
+  // Up to the line feed, which is taken, too; cut in the same way.
+  std::string line();
+  // The next word as a decimal number of at most `largest`.
   uint32_t number(uint32_t largest);
+  // The next character that is neither white space nor in a comment.
+  char character();
 
  private:
-  std::span<const unsigned char> rest_;
+  std::FILE* stream_;
 };
-
-// The whole text as a number of at most `largest`. Throws std::runtime_error.
-uint32_t parseNumber(std::string_view text, uint32_t largest);
 
 }  // namespace lfmeta

@@ -3,8 +3,9 @@
 #include <png.h>
 
 #include <csetjmp>
-#include <cstring>
+#include <new>
 #include <stdexcept>
+#include <string>
 
 #include "pictures/picture.h"
 
@@ -12,24 +13,22 @@ namespace lfmeta {
 
 namespace {
 
-struct Source {
-  std::span<const unsigned char> rest;
-  std::string error;
-};
-
-void readBytes(png_structp png, png_bytep out, std::size_t size) {
-  auto& source = *static_cast<Source*>(png_get_io_ptr(png));
-  if (size > source.rest.size()) png_error(png, "the file ends too early");
-  std::memcpy(out, source.rest.data(), size);
-  source.rest = source.rest.subspan(size);
-}
-
 [[noreturn]] void leave(png_structp png, png_const_charp message) {
-  static_cast<Source*>(png_get_error_ptr(png))->error = message;
+  *static_cast<std::string*>(png_get_error_ptr(png)) = message;
   png_longjmp(png, 1);
 }
 
 void ignore(png_structp, png_const_charp) {}
+
+// Of the chunks that a picture can do without, two say what is kept here. The others cost nothing.
+void chooseChunks(png_structp png) {
+  constexpr png_alloc_size_t kLargestChunk = 8U << 20;
+  constexpr png_byte kKept[] = "iCCP\0pHYs";
+  png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
+  png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_AS_DEFAULT, kKept, 2);
+  png_set_chunk_malloc_max(png, kLargestChunk);
+  png_set_chunk_cache_max(png, 1);
+}
 
 // Palettes, small depths and transparent colours are widened, opacity is left out: what remains is
 // gray or RGB in 8 or 16 bits.
@@ -58,7 +57,10 @@ bool guarded(png_structp png, void (*run)(png_structp, png_infop, Image&), png_i
 }
 
 void readHeader(png_structp png, png_infop info, Image& image) {
+  constexpr double kMetresOfInch = 0.0254;
+  chooseChunks(png);
   png_read_info(png, info);
+  image.resolution = resolutionFrom(kMetresOfInch * png_get_pixels_per_meter(png, info));
   copyProfile(png, info, image.iccProfile);
   chooseTransformations(png);
   png_set_interlace_handling(png);
@@ -82,23 +84,23 @@ struct Reader {
 
 }  // namespace
 
-Image decodePng(std::span<const unsigned char> file) {
-  Source source{file, {}};
+Image decodePng(const PictureFile& file) {
+  std::string message;
   Image image;
   Reader reader;
-  reader.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &source, leave, ignore);
+  reader.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &message, leave, ignore);
   reader.info = reader.png == nullptr ? nullptr : png_create_info_struct(reader.png);
   if (reader.info == nullptr) throw std::bad_alloc();
-  png_set_read_fn(reader.png, &source, readBytes);
+  png_init_io(reader.png, file.stream);
   if (!guarded(reader.png, readHeader, reader.info, image)) {
-    throw std::runtime_error("is a damaged PNG picture: " + source.error);
+    throw std::runtime_error("is a damaged PNG picture: " + message);
   }
   allocatePixels(
-      image, png_get_image_width(reader.png, reader.info),
+      file, image, png_get_image_width(reader.png, reader.info),
       png_get_image_height(reader.png, reader.info), png_get_channels(reader.png, reader.info),
       png_get_bit_depth(reader.png, reader.info) == 16 ? Sample::integer16 : Sample::integer8);
   if (!guarded(reader.png, readRows, reader.info, image)) {
-    throw std::runtime_error("is a damaged PNG picture: " + source.error);
+    throw std::runtime_error("is a damaged PNG picture: " + message);
   }
   return image;
 }

@@ -3,71 +3,79 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <new>
+#include <type_traits>
 
 namespace lfmeta {
 
 namespace {
 
-// Reads samples of type From, one after the other, and writes what `convert` makes of each.
+template <typename Integer, int theMaximum>
+struct IntegerSample {
+  using Type = Integer;
+  static float toFloat(Type value) { return static_cast<float>(value) / theMaximum; }
+  static Type fromFloat(float value) {
+    const float inRange = value > 0 ? std::fmin(value, 1.0F) : 0;  // not a number: 0
+    return static_cast<Type>(std::nearbyint(inRange * theMaximum));
+  }
+};
+using Integer8 = IntegerSample<uint8_t, 0xFF>;
+using Integer16 = IntegerSample<uint16_t, 0xFFFF>;
+struct Half {
+  using Type = uint16_t;
+  static float toFloat(Type value) { return floatFrom(value); }
+  static Type fromFloat(float value) { return halfFrom(value); }
+};
+struct Float32 {
+  using Type = float;
+  static float toFloat(Type value) { return value; }
+  static Type fromFloat(float value) { return value; }
+};
+
 template <typename From, typename To>
-void convertAll(const Image& from, Image& to, To (*convert)(From)) {
-  const unsigned char* in = from.pixels.get();
-  unsigned char* out = to.pixels.get();
-  for (std::size_t i = from.sampleCount(); i > 0; --i, in += sizeof(From), out += sizeof(To)) {
-    From value;
-    std::memcpy(&value, in, sizeof value);
-    const To converted = convert(value);
-    std::memcpy(out, &converted, sizeof converted);
-  }
-}
-
-float unitFrom8(uint8_t value) {
-  return static_cast<float>(value) / 255.0F;
-}
-
-float unitFrom16(uint16_t value) {
-  return static_cast<float>(value) / 65535.0F;
-}
-
-float toRange(float value, float largest) {
-  const float inRange = value > 0 ? std::fmin(value, 1.0F) : 0;  // not a number: 0
-  return std::nearbyint(inRange * largest);
-}
-
-void convertFrom8(const Image& from, Image& to) {
-  switch (to.sample) {
-    case Sample::integer16:
-      convertAll<uint8_t, uint16_t>(from, to,
-                                    [](uint8_t v) { return static_cast<uint16_t>(v * 257); });
-      break;
-    case Sample::half:
-      convertAll<uint8_t, uint16_t>(from, to, [](uint8_t v) { return halfFrom(unitFrom8(v)); });
-      break;
-    default:
-      convertAll<uint8_t, float>(from, to, unitFrom8);
-  }
-}
-
-void convertFrom16(const Image& from, Image& to) {
-  if (to.sample == Sample::half) {
-    convertAll<uint16_t, uint16_t>(from, to, [](uint16_t v) { return halfFrom(unitFrom16(v)); });
+typename To::Type convert(typename From::Type value) {
+  if constexpr (std::is_same_v<From, Integer8> && std::is_same_v<To, Integer16>) {
+    return static_cast<uint16_t>(value * 257);
+  } else if constexpr (std::is_same_v<From, Integer16> && std::is_same_v<To, Integer8>) {
+    return static_cast<uint8_t>(value >> 8);
   } else {
-    convertAll<uint16_t, float>(from, to, unitFrom16);
+    return To::fromFloat(From::toFloat(value));
   }
 }
 
-void convertFromFloat(const Image& from, Image& to) {
-  switch (to.sample) {
+// The samples are converted where they lie: from the last to the first when they grow.
+template <typename From, typename To>
+void convertAll(unsigned char* pixels, std::size_t count) {
+  using In = typename From::Type;
+  using Out = typename To::Type;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::size_t at = sizeof(Out) > sizeof(In) ? count - 1 - i : i;
+    In value;
+    std::memcpy(&value, pixels + at * sizeof(In), sizeof value);
+    const Out converted = convert<From, To>(value);
+    std::memcpy(pixels + at * sizeof(Out), &converted, sizeof converted);
+  }
+}
+
+using Conversion = void (*)(unsigned char*, std::size_t);
+
+template <typename From>
+Conversion conversionFrom(Sample to) {
+  constexpr Conversion kConversions[] = {convertAll<From, Integer8>, convertAll<From, Integer16>,
+                                         convertAll<From, Half>, convertAll<From, Float32>};
+  return kConversions[static_cast<std::size_t>(to)];
+}
+
+Conversion conversion(Sample from, Sample to) {
+  switch (from) {
     case Sample::integer8:
-      convertAll<float, uint8_t>(from, to,
-                                 [](float v) { return static_cast<uint8_t>(toRange(v, 255)); });
-      break;
+      return conversionFrom<Integer8>(to);
     case Sample::integer16:
-      convertAll<float, uint16_t>(from, to,
-                                  [](float v) { return static_cast<uint16_t>(toRange(v, 65535)); });
-      break;
+      return conversionFrom<Integer16>(to);
+    case Sample::half:
+      return conversionFrom<Half>(to);
     default:
-      convertAll<float, uint16_t>(from, to, halfFrom);
+      return conversionFrom<Float32>(to);
   }
 }
 
@@ -95,24 +103,42 @@ uint16_t halfFrom(float value) {
   return static_cast<uint16_t>(bits >> 16 & 0x8000) | static_cast<uint16_t>(half);
 }
 
-Image withSamples(Image image, Sample sample) {
-  if (image.sample == sample) return image;
-  Image converted;
-  allocatePixels(converted, static_cast<uint64_t>(image.width), static_cast<uint64_t>(image.height),
-                 image.channels, sample);
-  converted.orientation = image.orientation;
-  converted.iccProfile = std::move(image.iccProfile);
-  switch (image.sample) {
-    case Sample::integer8:
-      convertFrom8(image, converted);
-      break;
-    case Sample::integer16:
-      convertFrom16(image, converted);
-      break;
-    default:
-      convertFromFloat(image, converted);
+float floatFrom(uint16_t half) {
+  constexpr uint32_t kInfinity = 0x7F800000;
+  constexpr uint32_t kHalfInfinity = 0x7C00 << 13;
+  constexpr float kRebias = 0x1p112F;  // 2^(127 - 15), for subnormals, too
+  const uint32_t magnitude = static_cast<uint32_t>(half & 0x7FFF) << 13;
+  const float value = magnitude >= kHalfInfinity ? std::bit_cast<float>(magnitude | kInfinity)
+                                                 : std::bit_cast<float>(magnitude) * kRebias;
+  return (half & 0x8000) == 0 ? value : -value;
+}
+
+void convertSamples(Image& image, Sample sample, uint64_t memory) {
+  if (image.sample == sample) return;
+  const std::size_t size = image.sampleCount() * sizeOf(sample);
+  if (size > image.pixelsSize()) {
+    requireMemory(size, memory);
+    void* larger = std::realloc(image.pixels.get(), size);
+    if (larger == nullptr) throw std::bad_alloc();
+    (void)image.pixels.release();
+    image.pixels.reset(static_cast<unsigned char*>(larger));
   }
-  return converted;
+  conversion(image.sample, sample)(image.pixels.get(), image.sampleCount());
+  image.sample = sample;
+}
+
+void floatsOfRow(const Image& image, int y, std::span<float> floats) {
+  const unsigned char* in = image.row(y);
+  if (image.sample == Sample::float32) {
+    std::memcpy(floats.data(), in, floats.size_bytes());
+    return;
+  }
+  for (float& value : floats) {
+    uint16_t half;
+    std::memcpy(&half, in, sizeof half);
+    value = floatFrom(half);
+    in += sizeof half;
+  }
 }
 
 }  // namespace lfmeta
