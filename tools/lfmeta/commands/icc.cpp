@@ -1,16 +1,11 @@
-// lfmeta icc: the ICC profile of a TIFF file, shown or replaced.
-#include <LumenforgeMetaLib.h>
-#include <unistd.h>
-
-#include <cerrno>
+// lfmeta icc: the ICC profile of a TIFF file, shown or set.
 #include <cstdio>
-#include <cstring>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "base/failure.h"
 #include "base/report.h"
-#include "base/whole_file.h"
 #include "commands/commands.h"
 #include "photos/icc_profile.h"
 
@@ -21,54 +16,56 @@ namespace {
 struct Options {
   std::string file;
   std::optional<std::string> profile;
+  bool json = false;
 };
 
-void showProfile(const std::string& path) {
-  const std::optional<Bytes> profile = readTiffProfile(path);
-  if (!profile) throw Failure(path, "has no ICC profile");
-  char name[32];
-  const int known = get_profile_name(static_cast<int>(profile->size()), profile->data(), name);
-  std::printf("%s\n  Profile  %s\n  Size     %zu bytes\n", printable(path).c_str(),
-              known < 0 ? "without a name" : printable(textOf(name)).c_str(), profile->size());
+std::string trimmed(std::string_view letters) {
+  return std::string(letters.substr(0, letters.find_last_not_of(' ') + 1));
 }
 
-void setProfile(const std::string& path, const std::string& profilePath) {
-  const Bytes profile = readForLibrary(profilePath);
-  if (profile.empty()) throw Failure(profilePath, "is empty");
-  if (access(path.c_str(), R_OK | W_OK) != 0) {
-    throw Failure(path, std::string("cannot be changed: ") + std::strerror(errno));
+int showProfile(const Options& options) {
+  const std::optional<IccProfile> profile = readTiffProfile(options.file);
+  if (options.json) {
+    Json all{{"file", options.file}, {"profile", nullptr}};
+    if (profile) {
+      all["profile"] = {{"description", profile->description()},
+                        {"version", profile->version()},
+                        {"deviceClass", profile->deviceClass()},
+                        {"colourSpace", trimmed(profile->colourSpace())},
+                        {"size", profile->bytes.size()}};
+    }
+    std::printf("%s\n", jsonLine(all).c_str());
+    return kSuccess;
   }
-  const int result =
-      update_tif_profile(static_cast<int>(profile.size()), profile.data(), path.c_str());
-  if (result == 0) {
-    throw Failure(path,
-                  "is no little-endian TIFF file with a profile entry, and an entry is never "
-                  "added; nothing is changed");
-  }
-  if (result < 0) {
-    throw Failure(path, "cannot be changed (is there room on the disk?); it is as it was");
-  }
+  if (!profile) throw Failure(options.file, "has no ICC profile; --set gives it one");
+  const std::string description = profile->description();
+  std::printf("%s\n  Profile  %s\n  Kind     %s, %s, version %s\n  Size     %zu bytes\n",
+              printable(options.file).c_str(),
+              description.empty() ? "without a name" : printable(description).c_str(),
+              printable(trimmed(profile->colourSpace())).c_str(),
+              printable(profile->deviceClass()).c_str(), profile->version().c_str(),
+              profile->bytes.size());
+  return kSuccess;
 }
 
 int showOrSetProfile(const Options& options) {
-  if (options.profile) {
-    setProfile(options.file, *options.profile);
-  } else {
-    showProfile(options.file);
-  }
+  if (!options.profile) return showProfile(options);
+  setTiffProfile(options.file, readProfile(*options.profile), *options.profile);
   return kSuccess;
 }
 
 }  // namespace
 
 void addIccCommand(CLI::App& app, Run& chosen) {
-  CLI::App* command = app.add_subcommand("icc", "Show or replace the ICC profile of a TIFF file");
+  CLI::App* command = app.add_subcommand("icc", "Show or set the ICC profile of a TIFF file");
   const auto options = std::make_shared<Options>();
-  command->add_option("FILE.tif", options->file, "A little-endian TIFF file")
+  command->add_option("FILE.tif", options->file, "A TIFF file; of several images, the first")
       ->type_name("")
       ->required();
-  command->add_option("--set", options->profile, "File whose ICC profile replaces the present one")
+  command
+      ->add_option("--set", options->profile, "ICC profile that the file gets, instead of its own")
       ->type_name("FILE");
+  command->add_flag("--json", options->json, "One JSON object")->excludes("--set");
   runWhenAsked(*command, chosen, options, showOrSetProfile);
 }
 

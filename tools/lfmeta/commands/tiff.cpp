@@ -53,7 +53,10 @@ int writeTiff(const Options& options) {
                                      options.metadata.profile.value_or("")});
   FinishedMetadata with = options.metadata.read();
   Image image = options.picture.read();
-  if (!options.metadata.profile) with.profile = std::move(image.iccProfile);
+  const bool gray = image.channels <= 2;
+  options.metadata.fitProfile(with, std::move(image.iccProfile), gray);
+  // The library writes RGB profiles; a gray one is added to the file that it has written.
+  const Bytes rgbProfile = gray ? Bytes() : with.profile.bytes;
 
   TifImageInfo info{};
   info.width = image.width;
@@ -63,16 +66,17 @@ int writeTiff(const Options& options) {
                                                     : static_cast<int>(8 * sizeOf(image.sample));
   const int known = image.resolution > 0 ? image.resolution : kDefaultResolution;
   info.resolution = options.resolution.value_or(known);
-  info.iccLength = static_cast<int>(with.profile.size());
+  info.iccLength = static_cast<int>(rgbProfile.size());
   info.orientation = image.orientation > 1 ? image.orientation : with.orientation;
 
   const int result = buf2tif(
-      image.pixels.get(), &info, static_cast<int>(image.rowSize()), with.profile.data(), &with.meta,
+      image.pixels.get(), &info, static_cast<int>(image.rowSize()), rgbProfile.data(), &with.meta,
       &with.gps, static_cast<int>(with.iptc.size()), with.iptc.data(), with.method, with.settings,
       static_cast<int>(with.xmp.size()), with.xmp.data(), file.path().c_str());
   if (result < 0) throw Failure(options.out.path, failedStage(result));
-  if (options.metadata.profile && !readTiffProfile(file.path())) {
-    throw Failure(*options.metadata.profile, "is no RGB profile; nothing is written");
+  if (gray && !with.profile.bytes.empty()) {
+    setTiffProfile(file.path(), with.profile,
+                   options.metadata.profile.value_or(options.picture.in));
   }
   file.commit();
   return kSuccess;
@@ -99,7 +103,7 @@ void addTiffCommand(CLI::App& app, Run& chosen) {
       "Between integers and floating point, 0 to 1 stands for the whole range of the integers: "
       "floats outside of it are cut off, and no tone curve is applied. 8 bits become 16 times 257; "
       "16 bits become 8 by their high byte. Floats become the nearest half, infinite from 65520 "
-      "on. Opacity is left out. A gray profile in IN is left out, too. Settings asked for with "
+      "on. Opacity is left out. Settings asked for with "
       "--method stand in a packet of their own, instead of the photograph's. Pixels may take 64 "
       "MiB, or 1032 bytes for each byte of IN, and 2 GiB at most; --max-memory sets another limit. "
       "A progressive JPEG takes up to three times as much again while it is read.");

@@ -33,7 +33,7 @@ void FinishedMetadataOptions::addTo(CLI::App& command) {
   command.add_option("--keyword", keywords, "IPTC keyword; may be repeated")
       ->type_name("TEXT")
       ->allow_extra_args(false);
-  command.add_option("--icc", profile, "File with an RGB profile (that of IN, if any)")
+  command.add_option("--icc", profile, "File with an ICC profile (that of IN, if any)")
       ->type_name("FILE");
   settings.addTo(command);
 }
@@ -50,8 +50,21 @@ FinishedMetadata FinishedMetadataOptions::read() const {
     if (finished.method == 0) finished.xmp = std::move(source.xmp);
   }
   addKeywords(*this, finished.iptc);
-  if (profile) finished.profile = readForLibrary(*profile);
+  if (profile) finished.profile = readProfile(*profile);
   return finished;
+}
+
+void FinishedMetadataOptions::fitProfile(FinishedMetadata& finished, Bytes ofPicture,
+                                         bool gray) const {
+  if (!profile) finished.profile.bytes = std::move(ofPicture);
+  const bool fits = profileFault(finished.profile.bytes) == nullptr &&
+                    finished.profile.colourSpace() == (gray ? "GRAY" : "RGB ");
+  if (fits) return;
+  if (profile) {
+    throw Failure(*profile, "is a profile for " + std::string(finished.profile.colourSpace()) +
+                                ", and the picture is " + (gray ? "gray" : "RGB"));
+  }
+  finished.profile.bytes.clear();
 }
 
 }  // namespace lfmeta

@@ -10,6 +10,7 @@
 
 #include "base/whole_file.h"
 #include "commands/settings_options.h"
+#include "photos/icc_profile.h"
 
 namespace lfmeta {
 
@@ -19,9 +20,9 @@ struct FinishedMetadata {
   int orientation = 0;  // of the photograph; 0 when it says nothing
   Bytes iptc;
   Bytes xmp;
-  Bytes profile;
   int method = 0;
   SettingsParams settings{};
+  IccProfile profile;
 };
 
 // The options --like, --keyword, --icc, --method and --set.
@@ -34,6 +35,9 @@ struct FinishedMetadataOptions {
   void addTo(CLI::App& command);
   // Throws Failure.
   FinishedMetadata read() const;
+  // The profile asked for or, where there is none, that of the picture if it fits its colours.
+  // Throws Failure when the one asked for does not.
+  void fitProfile(FinishedMetadata& finished, Bytes ofPicture, bool gray) const;
 };
 
 }  // namespace lfmeta
