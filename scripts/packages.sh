@@ -1,10 +1,18 @@
-# Sourced by the scripts in the root: installs the Debian packages that are missing.
+# Sourced by scripts/build.sh: installs the Debian packages that are missing.
 
 say() { printf '%s\n' "$*" >&2; }
 
+# What the library and the tool are built with and from.
+building=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpng-dev libjpeg-dev
+  libtiff-dev libopenexr-dev)
+# What the fuzz targets need besides, and the tests.
+fuzzing=(clang libclang-rt-14-dev)
+testing=(libgtest-dev libgmock-dev python3 libimage-exiftool-perl libtiff-tools imagemagick locales
+  libc-bin binutils ccache)
+
 # need PACKAGE...: returns when all are there; ends the script with a message when one cannot be had.
 need() {
-  local missing=() package as_root=()
+  local missing=() package as_root=() log
   for package in "$@"; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
       missing+=("$package")
@@ -15,10 +23,13 @@ need() {
     as_root=(sudo)
   fi
   say "Installing: ${missing[*]}"
-  local log
   log=$(mktemp)
   if ! { "${as_root[@]}" apt-get update -qq && "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get install -y -qq --no-install-recommends "${missing[@]}"; } </dev/null >"$log" 2>&1; then
+    if grep -qE 'Temporary failure resolving|Could not (resolve|connect)|Unable to connect' "$log"; then
+      rm -f "$log"
+      fail_install "${missing[*]}" "the package servers cannot be reached: is there a network?"
+    fi
     tail -n 5 "$log" >&2
     rm -f "$log"
     fail_install "${missing[*]}" "see the messages above"

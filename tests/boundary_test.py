@@ -24,8 +24,8 @@ for number, line in enumerate(abi.splitlines()):
         sys.exit(f"what is {line!r}?")
 for compiler in "cc -std=c99 -xc", "c++ -std=c++20 -xc++":
     source = "\n".join(checks) if "c99" in compiler else 'extern "C" {\n%s\n}' % "\n".join(checks)
-    subprocess.run(f"{compiler} -Wall -Wextra -Wpedantic -Werror -I{include} -fsyntax-only -".split(),
-                   input=source, text=True, check=True)
+    subprocess.run(f"{compiler} -Wall -Wextra -Wpedantic -Werror -fsyntax-only".split() +
+                   ["-I", include, "-"], input=source, text=True, check=True)
 
 functions = sorted(re.findall(r"(\w+)\(", abi))
 symbols = subprocess.run(["nm", "-D", "--defined-only", library], capture_output=True, text=True).stdout

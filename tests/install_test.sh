@@ -1,10 +1,10 @@
 #!/bin/bash
 # Installs the library, moves the installation, and builds a C99 host against it in the two ways that
 # hosts have: pkg-config and find_package. Then the host goes its whole road.
-#   install_test.sh BUILD SOURCE [SANITIZERS]
+#   install_test.sh BUILD SOURCE
 set -euo pipefail
 build=$1 source=$2
-flags="-std=c99 -Wall -Wextra -Wpedantic -Werror ${3:+-fsanitize=$3}"
+flags="-std=c99 -Wall -Wextra -Wpedantic -Werror"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -13,15 +13,15 @@ mv "$work/installed" "$work/moved"
 libraries=$(dirname "$(find "$work/moved" -name pkgconfig)")
 export LD_LIBRARY_PATH=$libraries
 
-PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs LumenforgeMetaLib >"$work/options"
-cc $flags "$source/examples/host.c" $(cat "$work/options") -o "$work/by-pkg-config"
+options=$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --cflags --libs LumenforgeMetaLib)
+eval "cc $flags \"\$source/examples/host.c\" $options -o \"\$work/by-pkg-config\""  # blanks are escaped
 
 mkdir "$work/consumer"
 cat >"$work/consumer/CMakeLists.txt" <<CMAKE
 cmake_minimum_required(VERSION 3.25)
 project(consumer C)
 find_package(LumenforgeMetaLib 1.0 REQUIRED)
-add_executable(by-cmake $source/examples/host.c)
+add_executable(by-cmake "$source/examples/host.c")
 target_link_libraries(by-cmake LumenforgeMetaLib::LumenforgeMetaLib)
 CMAKE
 cmake -G Ninja -S "$work/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$work/moved" \
