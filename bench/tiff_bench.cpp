@@ -1,16 +1,17 @@
 // Writing a 24-megapixel image into a memory file system, against a loop of 1 MiB write calls of
 // the finished bytes and against libtiff with strips of 1 MiB and with one strip. Each benchmark
-// runs all in turn; the counters are ratios of the smallest times. "floor_per_write" is the sum of
-// what cannot be avoided where pixels are packed: reading all of them once, and writing as many
-// bytes from a block that lies in the cache.
+// runs all in turn; the counters are ratios of the smallest times. Times are the processor's:
+// nothing waits for a memory file system, and what else the machine does counts less.
+// "floor_per_write" is the sum of what cannot be avoided where pixels are packed: reading all of
+// them once, and writing as many bytes from a block that lies in the cache.
 #include <benchmark/benchmark.h>
 #include <emmintrin.h>
 #include <fcntl.h>
 #include <tiffio.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -98,25 +99,29 @@ bool readAll(const std::vector<uint8_t>& pixels) {
   return true;
 }
 
-// The loop that a host without our library would write.
-template <typename In, typename Out>
-void packRow(const uint8_t* in, std::size_t width, std::size_t channels, std::size_t kept,
-             uint8_t* out) {
+// The loop that a host without our library would write; where no sample is dropped, one that
+// compilers vectorize.
+template <typename In, typename Out, std::size_t kChannels, std::size_t kKept>
+void packRow(const uint8_t* in, std::size_t width, uint8_t* out) {
   constexpr int kShift = 8 * static_cast<int>(sizeof(In) - sizeof(Out));
   const auto* from = reinterpret_cast<const In*>(in);
   auto* to = reinterpret_cast<Out*>(out);
-  for (std::size_t x = 0; x < width; ++x, from += channels, to += kept) {
-    for (std::size_t s = 0; s < kept; ++s) to[s] = static_cast<Out>(from[s] >> kShift);
+  if (kChannels == kKept) {
+    for (std::size_t i = 0; i < width * kKept; ++i) to[i] = static_cast<Out>(from[i] >> kShift);
+    return;
+  }
+  for (std::size_t x = 0; x < width; ++x, from += kChannels, to += kKept) {
+    for (std::size_t s = 0; s < kKept; ++s) to[s] = static_cast<Out>(from[s] >> kShift);
   }
 }
 
 void packRowFor(const Image& image, const uint8_t* in, uint8_t* out) {
-  const auto pack = image.info.conversion == 1 ? packRow<uint16_t, uint8_t>
-                    : image.sampleSize() == 1  ? packRow<uint8_t, uint8_t>
-                    : image.sampleSize() == 2  ? packRow<uint16_t, uint16_t>
-                                               : packRow<uint32_t, uint32_t>;
-  pack(in, static_cast<std::size_t>(image.info.width),
-       static_cast<std::size_t>(image.info.channels), image.samplesKept(), out);
+  const auto pack = image.info.channels == 3     ? packRow<uint16_t, uint8_t, 3, 3>
+                    : image.info.conversion == 1 ? packRow<uint16_t, uint8_t, 4, 3>
+                    : image.sampleSize() == 1    ? packRow<uint8_t, uint8_t, 4, 3>
+                    : image.sampleSize() == 2    ? packRow<uint16_t, uint16_t, 4, 3>
+                                                 : packRow<uint32_t, uint32_t, 4, 3>;
+  pack(in, static_cast<std::size_t>(image.info.width), out);
 }
 
 bool writeLibtiff(const Image& image, std::size_t stripSize, const std::string& path) {
@@ -154,14 +159,19 @@ bool writeLibtiff(const Image& image, std::size_t stripSize, const std::string& 
   return good;
 }
 
+double processorSeconds() {
+  timespec now{};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
+
 // Time of one run into a file that is not there yet, kept when it is the smallest.
 template <typename Write>
 bool timeInto(double& best, const Write& write) {
   const std::string path = kDirectory + std::to_string(::getpid());
-  const auto start = std::chrono::steady_clock::now();
+  const double start = processorSeconds();
   const bool good = write(path);
-  const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-  best = std::min(best, seconds.count());
+  best = std::min(best, processorSeconds() - start);
   ::unlink(path.c_str());
   return good;
 }

@@ -1,7 +1,5 @@
 #include "tiff/camera_make.h"
 
-#include <array>
-
 namespace lumenforge {
 
 namespace {
@@ -12,19 +10,19 @@ struct MakeRule {
 };
 
 // The prefixes exclude one another; as everywhere in EXIF, they are case-sensitive.
-constexpr std::array kMakeRules = {
-    MakeRule{"Canon", "Canon"},       MakeRule{"NIKON", "NIKON CORPORATION"},
-    MakeRule{"SLT-A", "SONY"},        MakeRule{"SONY", "SONY"},
-    MakeRule{"DMC-", "Panasonic"},    MakeRule{"NEX-", "SONY"},
-    MakeRule{"X10 ", "FUJIFILM"},     MakeRule{"PENTAX", "PENTAX"},
-    MakeRule{"DSLR-A", "SONY"},       MakeRule{"E-1", "OLYMPUS"},
-    MakeRule{"E-2", "OLYMPUS"},       MakeRule{"E-3", "OLYMPUS"},
-    MakeRule{"E-4", "OLYMPUS"},       MakeRule{"E-5", "OLYMPUS"},
-    MakeRule{"E-6", "OLYMPUS"},       MakeRule{"E-7", "OLYMPUS"},
-    MakeRule{"E-P", "OLYMPUS"},       MakeRule{"E-M", "OLYMPUS"},
-    MakeRule{"SP3", "OLYMPUS"},       MakeRule{"SP5", "OLYMPUS"},
-    MakeRule{"OLYMPUS", "OLYMPUS"},   MakeRule{"FinePix", "FUJIFILM"},
-    MakeRule{"FUJIFILM", "FUJIFILM"}, MakeRule{"Panasonic", "Panasonic"},
+constexpr MakeRule kMakeRules[] = {
+    {"Canon", "Canon"},       {"NIKON", "NIKON CORPORATION"},
+    {"SLT-A", "SONY"},        {"SONY", "SONY"},
+    {"DMC-", "Panasonic"},    {"NEX-", "SONY"},
+    {"X10 ", "FUJIFILM"},     {"PENTAX", "PENTAX"},
+    {"DSLR-A", "SONY"},       {"E-1", "OLYMPUS"},
+    {"E-2", "OLYMPUS"},       {"E-3", "OLYMPUS"},
+    {"E-4", "OLYMPUS"},       {"E-5", "OLYMPUS"},
+    {"E-6", "OLYMPUS"},       {"E-7", "OLYMPUS"},
+    {"E-P", "OLYMPUS"},       {"E-M", "OLYMPUS"},
+    {"SP3", "OLYMPUS"},       {"SP5", "OLYMPUS"},
+    {"OLYMPUS", "OLYMPUS"},   {"FinePix", "FUJIFILM"},
+    {"FUJIFILM", "FUJIFILM"}, {"Panasonic", "Panasonic"},
 };
 
 }  // namespace
