@@ -697,11 +697,11 @@ LUMENFORGE_API int add_iptc_keyword(int iptcLength, const unsigned char* iptc, i
  *       or memory for the directory cannot be obtained
  *   -2  the header cannot be written
  *   -3  the pixels cannot be written
- *   -4  memory for a block, or for a copy of `xmp` with a terminator, cannot be obtained
+ *   -4  memory for a block cannot be obtained
  *   -6  unsupported: channels outside 1 to 4; bitsPerSample other than 8, 16, 32, 3216; conversion
  *       other than 0, or 1 with bitsPerSample 8; width below 1; a file of more than 4 GiB - 1
  *  -12  the directory cannot be written, or the file cannot be closed
- * -6 and a missing copy (-4) are found before the file is created. A file that fails later stays as
+ * -6 is found before the file is created. A file that fails later stays as
  * far as it was written: the header alone where memory for a block is missing. The resolution is
  * written x 1000 in 32 bits, whatever it is.
  */

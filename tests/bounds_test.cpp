@@ -109,6 +109,9 @@ const Reader kReaders[] = {
     {0, [](Input& i) { read_xmp(i.file.path(), 2, i.params); }},
     {0, [](Input& i) { lfsettings_occurences_in_xmp(i.length + 1, i.bytes); }},
     {0, [](Input& i) { searchForTag(0, "lfst:", 0, i.bytes, 1, i.length, i.found, i.params); }},
+    {0, [](Input& i) {
+      const std::string tag = i.text.substr(0, 4096) + 'x';
+      searchForTag(0, tag.c_str(), 0, i.bytes, 1, i.length, i.found, i.params); }},
     {0, [](Input& i) { get_profile_name(i.length, i.bytes, i.info.lens); }},
     {0, [](Input& i) { insert_xmp(1, 2, i.params, i.length, 9, &i.out[0]); }},
     {0, [](Input& i) {
@@ -131,6 +134,13 @@ TEST(Bounds, HoldForTheWorstInputs) {
       EXPECT_LE(work.peak, 2 * size + 70000);
     }
   }
+}
+
+TEST(Bounds, OfAFileWithoutSettingsLittleIsHeld) {
+  TempFile file(std::string(64 * kSize, '\0'));
+  interposed::state = {};
+  EXPECT_EQ(read_xmp(file.path(), -1, nullptr), 0);
+  EXPECT_LE(interposed::state.peak, 70000U);
 }
 
 }  // namespace

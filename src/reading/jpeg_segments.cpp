@@ -12,6 +12,7 @@
 #include "base/zeroed.h"
 #include "reading/offsets.h"
 #include "reading/walk.h"
+#include "settings/packet.h"
 
 namespace lumenforge {
 namespace {
@@ -34,11 +35,6 @@ constexpr auto kPhotoshopSignature = "Photoshop 3.0\0"sv;
 constexpr int kMaxFillBytes = 4;
 constexpr uint16_t kLengthSize = 2;
 constexpr int kMaxSkippedBeforeXmp = 10;
-constexpr int kLensSelector = 100;
-constexpr int kMethodSelector = -1;
-
-// The methods whose packets the host can take over: bit m for method m.
-constexpr uint32_t kMethodsWithSettings = 0x9C1E;
 
 bool matches(const uint8_t* bytes, std::string_view text) {
   return bytes != nullptr && std::memcmp(bytes, text.data(), text.size()) == 0;
@@ -79,15 +75,15 @@ bool readStartOfImage(Cursor& cursor) {
 // Whether the packet of a segment with length field `length` holds settings that the host takes
 // over. The lens goes into the record in either case.
 bool readXmpPacket(Walk& walk, uint64_t offset, uint16_t length) {
-  const ZeroedBuffer text = allocateZeroed(std::size_t{length} + 1);
-  if (text == nullptr) return false;
+  const ZeroedBuffer bytes = allocateZeroed(length);
+  if (bytes == nullptr) return false;
   // `length` bytes from the packet on: past the segment's end, since the length counts its own two
   // bytes and the signature, too.
-  if (walk.window.read(offset, {text.get(), length}) < length) return false;
-  get_settings_from_xmp(kLensSelector, length + 1, text.get(), walk.info.lens, nullptr);
-  const int method =
-      get_settings_from_xmp(kMethodSelector, length + 1, text.get(), nullptr, nullptr);
-  return method >= 0 && method < 32 && (kMethodsWithSettings >> method & 1U) != 0;
+  if (walk.window.read(offset, {bytes.get(), length}) < length) return false;
+  const std::string_view text(reinterpret_cast<const char*>(bytes.get()), length);
+  findLens(text).text.copy(walk.info.lens, kLongestLens);
+  const Method* method = findSettings(text).method;
+  return method != nullptr && method->recorded;
 }
 
 // The first APP1 after the EXIF segment, which counts only when it carries XMP.

@@ -1,54 +1,121 @@
 // Settings in files: a region or a whole file read, a packet written, and declarations counted.
+#include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <cstring>
 
 #include "LumenforgeMetaLib.h"
 #include "base/file.h"
-#include "base/result.h"
 #include "base/zeroed.h"
-#include "settings/packet_writer.h"
-#include "settings/schema.h"
-#include "settings/settings_reader.h"
+#include "settings/packet.h"
+#include "settings/packet_query.h"
 #include "settings/text_search.h"
+
+namespace lumenforge {
+
+namespace {
+
+// Results of one function each.
+constexpr int kRegionOutside = 0;    // extract_xmp
+constexpr int kNoPlaceForLens = -5;  // read_xmp
+constexpr int kTooFewBytes = -2;     // read_xmp
+constexpr int kNoSuchMethod = -2;    // write_xmp
+constexpr int kCannotCreate = -1;    // write_xmp
+constexpr int kNotWritten = -3;      // write_xmp
+
+// The text of a file as far as it may matter: nothing before the first settings declaration is
+// held, and of a file that has none only what the search is at.
+class FileText {
+ public:
+  // LUMENFORGE_OK, or why not all of the file's `size` bytes have been read.
+  int read(std::FILE* file, std::size_t size) {
+    for (std::size_t left = size; left > 0;) {
+      if (held_ == capacity_ && !grow()) return LUMENFORGE_NO_MEMORY;
+      const std::size_t count = std::min(left, capacity_ - held_);
+      if (std::fread(bytes_.get() + held_, 1, count, file) < count) return kTooFewBytes;
+      held_ += count;
+      left -= count;
+      if (!declared_) dropUndeclared();
+    }
+    return LUMENFORGE_OK;
+  }
+
+  std::string_view text() const { return {reinterpret_cast<const char*>(bytes_.get()), held_}; }
+  std::size_t offset() const { return offset_; }  // of the text in the file
+
+ private:
+  bool grow() {
+    constexpr std::size_t kFirst = 64 << 10;
+    const std::size_t capacity = capacity_ == 0 ? kFirst : 2 * capacity_;
+    auto* const bytes = static_cast<uint8_t*>(std::realloc(bytes_.get(), capacity));
+    if (bytes == nullptr) return false;
+    (void)bytes_.release();
+    bytes_.reset(bytes);
+    capacity_ = capacity;
+    return true;
+  }
+
+  // Keeps the text from its first declaration on, or the bytes in which one may begin.
+  void dropUndeclared() {
+    const std::size_t place = findDeclaration(text(), 0);
+    declared_ = place != kNowhere;
+    const std::size_t begin = declared_ ? place : endOfPlaces(text(), 0, kDeclarationLength);
+    std::memmove(bytes_.get(), bytes_.get() + begin, held_ - begin);
+    held_ -= begin;
+    offset_ += begin;
+  }
+
+  ZeroedBuffer bytes_;
+  std::size_t capacity_ = 0;
+  std::size_t held_ = 0;
+  std::size_t offset_ = 0;
+  bool declared_ = false;
+};
+
+}  // namespace
+
+}  // namespace lumenforge
 
 using namespace lumenforge;
 
 int extract_xmp(const char* path, int size, int offset, unsigned char* buffer) {
   const File file = openUnbuffered(path, "rb");
-  if (file == nullptr) return kCannotRead;
+  if (file == nullptr) return LUMENFORGE_CANNOT_READ;
   const auto fileSize = sizeOf(file.get());
-  if (!fileSize || *fileSize == 0) return kCannotRead;
-  if (size < 0 || offset < 0) return 0;
+  if (!fileSize || *fileSize == 0) return LUMENFORGE_CANNOT_READ;
+  if (size < 0 || offset < 0) return kRegionOutside;
   const auto begin = static_cast<uint64_t>(offset);
   const auto length = static_cast<std::size_t>(size);
-  if (begin + length >= *fileSize || !seekTo(file.get(), begin)) return 0;
+  if (begin + length >= *fileSize || !seekTo(file.get(), begin)) return kRegionOutside;
 
   // A file that shrinks meanwhile leaves the caller's bytes; the reader takes them as they are.
   (void)std::fread(buffer, 1, length, file.get());
-  return readSettings(kMethodQuery, asText(buffer, length + 1), nullptr, nullptr);
+  const auto text = terminatedText(buffer, length + 1);
+  if (!text) return LUMENFORGE_NOT_TERMINATED;
+  return querySettings(LUMENFORGE_SELECT_METHOD, *text, 0, nullptr);
 }
 
 int read_xmp(const char* path, int selector, float* params) {
-  if (selector == kLensQuery) return kOtherMethod;  // there is no place for a lens
+  if (selector == LUMENFORGE_SELECT_LENS) return kNoPlaceForLens;
   File file = openUnbuffered(path, "rb");
-  if (file == nullptr) return kCannotRead;
+  if (file == nullptr) return LUMENFORGE_CANNOT_READ;
   const auto fileSize = sizeOf(file.get());
-  if (!fileSize || *fileSize > INT_MAX || !seekTo(file.get(), 0)) return kCannotRead;
+  if (!fileSize || *fileSize > INT_MAX || !seekTo(file.get(), 0)) return LUMENFORGE_CANNOT_READ;
 
-  const std::size_t length = *fileSize;
-  const ZeroedBuffer text = allocateZeroed(length + 1);
-  if (text == nullptr) return kNoMemory;
-  if (std::fread(text.get(), 1, length, file.get()) < length) return kTooFewBytes;
+  FileText held;
+  const int result = held.read(file.get(), *fileSize);
+  if (result != LUMENFORGE_OK) return result;
   file.reset();
-  return readSettings(selector, asText(text.get(), length + 1), nullptr, params);
+  return querySettings(selector, held.text(), held.offset(), params);
 }
 
 int lfsettings_occurences_in_xmp(int length, const unsigned char* xmp) {
-  if (length < 1 || xmp[length - 1] != '\0') return kNotTerminated;
-  const std::string_view text = asText(xmp, static_cast<std::size_t>(length));
+  if (length < 1) return LUMENFORGE_NOT_TERMINATED;
+  const auto text = terminatedText(xmp, static_cast<std::size_t>(length));
+  if (!text) return LUMENFORGE_NOT_TERMINATED;
   int count = 0;
   std::size_t at = 0;
-  while ((at = findDeclaration(text, at)) != kNowhere) {
+  while ((at = findDeclaration(*text, at)) != kNowhere) {
     ++count;
     at += kDeclarationLength;
   }
@@ -56,15 +123,17 @@ int lfsettings_occurences_in_xmp(int length, const unsigned char* xmp) {
 }
 
 int write_xmp(const char* path, int method, const float* params) {
-  if (method < 1 || method > kHighestMethod) return kNoSuchMethod;
+  if (method < LUMENFORGE_DETAILS_ENHANCER || method > LUMENFORGE_FUSION_INTERIOR) {
+    return kNoSuchMethod;
+  }
   const PacketContent content{.method = method, .params = params};
   const std::size_t length = measurePacket(content);
-  const ZeroedBuffer text = allocateZeroed(length + 1);
-  if (text == nullptr) return kNoMemory;
+  const ZeroedBuffer text = allocateZeroed(length);
+  if (text == nullptr) return LUMENFORGE_NO_MEMORY;
   TextSink sink(reinterpret_cast<char*>(text.get()), length);
   writePacket(sink, content);
 
   const File file = openUnbuffered(path, "wb");
-  if (file == nullptr) return kCannotRead;
-  return std::fwrite(text.get(), length, 1, file.get()) == 1 ? kOk : kCannotWrite;
+  if (file == nullptr) return kCannotCreate;
+  return std::fwrite(text.get(), length, 1, file.get()) == 1 ? LUMENFORGE_OK : kNotWritten;
 }

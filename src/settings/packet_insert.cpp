@@ -2,8 +2,7 @@
 #include <cstring>
 
 #include "LumenforgeMetaLib.h"
-#include "base/result.h"
-#include "settings/packet_writer.h"
+#include "settings/packet.h"
 #include "settings/text_search.h"
 #include "settings/xmp_texts.h"
 
@@ -27,6 +26,9 @@ constexpr int kOpeningLimit = static_cast<int>(kPacketOpeningSize);
 constexpr int kTagLimit = static_cast<int>(kTagSearchStart + kRdfTagSize);
 
 constexpr std::size_t kShortestTail = 3;
+
+constexpr int kNoSettingsMethod = LUMENFORGE_OTHER_METHOD;
+constexpr int kNoTail = -1;  // or one that would move down
 
 // The tag with one kind of quotes; its first quote has been matched.
 bool closesWithSameQuote(std::string_view tag) {
@@ -55,7 +57,7 @@ int findInsertionPoint(std::string_view packet) {
   // An opening or a tag must end before the packet's last byte.
   const std::string_view searched = packet.substr(0, packet.size() - 1);
   if (findQuoted(searched, 0, kPacketOpening, kXmpNamespace) == kNowhere) return -length;
-  if (length <= kTagLimit) return kTooShortForTag;
+  if (length <= kTagLimit) return LUMENFORGE_TOO_SHORT_FOR_TAG;
   const std::size_t tag = findRdfTag(searched);
   if (tag == kNowhere) return -length;
   return static_cast<int>(insertionPoint(packet, tag));
@@ -68,18 +70,16 @@ int findInsertionPoint(std::string_view packet) {
 int insert_xmp(int setNumber, int method, const float* params, int xmpLength, int insertLength,
                char* xmp) {
   using namespace lumenforge;
-  if (method < 1) return kOtherMethod;
-  const PacketContent block{.setNumber = setNumberWritten(setNumber),
-                            .method = method,
-                            .params = params,
-                            .wrapped = false};
+  if (method < 1) return kNoSettingsMethod;
+  const PacketContent block{
+      .setNumber = setNumber, .method = method, .params = params, .wrapped = false};
   if (setNumber == 0) return static_cast<int>(measurePacket(block));
 
-  if (xmpLength <= kOpeningLimit) return kTooShortForPacket;
+  if (xmpLength <= kOpeningLimit) return LUMENFORGE_TOO_SHORT_FOR_PACKET;
   const int point = findInsertionPoint({xmp, static_cast<std::size_t>(xmpLength)});
   if (point < 0) return point;
   const auto tail = static_cast<std::size_t>(xmpLength - point);
-  if (tail < kShortestTail || insertLength < 0) return kCannotRead;
+  if (tail < kShortestTail || insertLength < 0) return kNoTail;
 
   // The room between is all that the block may fill, whatever length was announced for it.
   const auto room = static_cast<std::size_t>(insertLength);

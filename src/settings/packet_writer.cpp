@@ -1,23 +1,19 @@
 // Settings and lens to XMP text: RDF descriptions inside x:xmpmeta, one element a line.
-#include "settings/packet_writer.h"
+#include "settings/packet.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
-#include <optional>
 #include <span>
 
 #include "LumenforgeMetaLib.h"
 #include "base/number_text.h"
-#include "settings/schema.h"
 #include "settings/xmp_texts.h"
 
 namespace lumenforge {
 
 namespace {
-
-// Methods above this stand for the method number above it, written without the wrapper.
-constexpr int kUnwrappedMethods = 200;
 
 // Room for the longest value, a list.
 using ValueBuffer = std::array<char, kListLength*(kFixedTextSize + 1)>;
@@ -36,18 +32,14 @@ std::string_view listText(const float* slots, ValueBuffer& buffer) {
   return {buffer.data(), length};
 }
 
-// The word that the slot's integer part selects.
-std::optional<std::size_t> wordIndex(float slot, std::size_t words) {
-  if (!(slot > -1 && slot < static_cast<float>(words))) return std::nullopt;
-  return static_cast<std::size_t>(static_cast<int>(slot));
-}
-
-std::string_view textOfMode(std::optional<std::size_t> mode) {
-  return mode ? kSmoothingModes[*mode] : kSmoothingModes.front();
+// A mode that is neither is written as the first.
+std::string_view modeText(const float* params) {
+  return smoothingModeOf(params) == SmoothingMode::bySlider ? kSmoothingModes.back()
+                                                            : kSmoothingModes.front();
 }
 
 // The word of a level that has none is that of the mode.
-std::string_view textOfLevel(float slot) {
+std::string_view levelText(float slot) {
   const auto level = wordIndex(slot, kSmoothingLevels.size());
   return level ? kSmoothingLevels[*level] : kSmoothingModes.front();
 }
@@ -68,37 +60,38 @@ std::string_view valueText(const Element& element, const float* params, ValueBuf
     case ValueText::listOfEight:
       return listText(params + element.slot, buffer);
     case ValueText::modeWord:
-      return textOfMode(wordIndex(value, kSmoothingModes.size()));
+      return modeText(params);
     case ValueText::levelOrNumber:
-      return params[kSmoothingModeSlot] >= kSmoothingBySlider
+      return smoothingModeOf(params) == SmoothingMode::bySlider
                  ? fixedText(value, 1, buffer)
-                 : textOfLevel(params[kSmoothingLevelSlot]);
+                 : levelText(params[kSmoothingLevelSlot]);
   }
   return {};
 }
 
-void writeLine(TextSink& sink, Name name, std::string_view value) {
-  sink.add("<lfst:");
-  sink.add(textOf(name));
+void writeLine(TextSink& sink, std::string_view name, std::string_view value) {
+  sink.add("<");
+  sink.add(kPrefix);
+  sink.add(name);
   sink.add(">");
   sink.add(value);
-  sink.add("</lfst:");
-  sink.add(textOf(name));
+  sink.add("</");
+  sink.add(kPrefix);
+  sink.add(name);
   sink.add(">\n");
 }
 
 void writeElement(TextSink& sink, const Element& element, const float* params) {
   if (element.text == ValueText::absent) return;
-  if (element.text == ValueText::levelOrNumber &&
-      !wordIndex(params[kSmoothingModeSlot], kSmoothingModes.size())) {
+  if (element.text == ValueText::levelOrNumber && !smoothingModeOf(params)) {
     // A mode that is neither has no smoothing value; the line of the mode stands there once more.
-    return writeLine(sink, Name::smoothingMode, textOfMode(std::nullopt));
+    return writeLine(sink, textOf(name("SmoothingMode")), modeText(params));
   }
   ValueBuffer buffer;
-  writeLine(sink, element.name, valueText(element, params, buffer));
+  writeLine(sink, textOf(element.name), valueText(element, params, buffer));
 }
 
-void writeLens(TextSink& sink, const char* lens) {
+void writeLens(TextSink& sink, std::string_view lens) {
   sink.add("<rdf:Description rdf:about=''\nxmlns:aux='");
   sink.add(kAuxNamespace);
   sink.add("'>\n<aux:Lens>");
@@ -120,13 +113,11 @@ void writeNamespace(TextSink& sink, int setNumber) {
 
 void writeSettings(TextSink& sink, const PacketContent& content) {
   sink.add("<rdf:Description rdf:about=''\n");
-  writeNamespace(sink, content.setNumber);
-  sink.add("<lfst:Version>6.0</lfst:Version>\n");
+  writeNamespace(sink, std::max(content.setNumber, 1));
+  writeLine(sink, "Version", "6.0");
   const Method* method = methodOf(content.method);
   if (method != nullptr && !method->name.empty()) {
-    sink.add("<lfst:Method>");
-    sink.add(method->name);
-    sink.add("</lfst:Method>\n");
+    writeLine(sink, kMethodElement.substr(kPrefix.size()), method->name);
     for (const Element& element : method->elements) writeElement(sink, element, content.params);
   }
   for (const Element& element : commonElements()) writeElement(sink, element, content.params);
@@ -135,13 +126,22 @@ void writeSettings(TextSink& sink, const PacketContent& content) {
 
 }  // namespace
 
+PacketContent packetOf(int method, const float* params) {
+  const bool wrapped = method <= LUMENFORGE_WITHOUT_WRAPPER;
+  return {.method = wrapped ? method : method - LUMENFORGE_WITHOUT_WRAPPER,
+          .params = params,
+          .wrapped = wrapped};
+}
+
 void writePacket(TextSink& sink, const PacketContent& content) {
   if (content.wrapped) {
-    sink.add("<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n<rdf:RDF xmlns:rdf='");
+    sink.add("<x:xmpmeta xmlns:x='");
+    sink.add(kXmpNamespace);
+    sink.add("'>\n<rdf:RDF xmlns:rdf='");
     sink.add(kRdfNamespace);
     sink.add("'>\n\n");
   }
-  if (content.lens != nullptr) writeLens(sink, content.lens);
+  if (content.lens) writeLens(sink, *content.lens);
   if (content.method >= 1) writeSettings(sink, content);
   if (content.wrapped) sink.add("</rdf:RDF>\n</x:xmpmeta>\n");
 }
@@ -157,12 +157,9 @@ std::size_t measurePacket(const PacketContent& content) {
 int embed_xmp(int setNumber, int method, const float* params, int hasLens, const char* lens,
               char* out) {
   using namespace lumenforge;
-  const bool wrapped = method <= kUnwrappedMethods;
-  const PacketContent content{.setNumber = setNumberWritten(setNumber),
-                              .method = wrapped ? method : method - kUnwrappedMethods,
-                              .params = params,
-                              .lens = hasLens > 0 ? lens : nullptr,
-                              .wrapped = wrapped};
+  PacketContent content = packetOf(method, params);
+  content.setNumber = setNumber;
+  if (hasLens > 0) content.lens = lens;
   TextSink sink = setNumber == 0 ? TextSink() : TextSink(out, kUnlimited);
   writePacket(sink, content);
   return static_cast<int>(sink.length());

@@ -6,8 +6,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
+
+#include "settings/names.h"
 
 namespace lumenforge {
 
@@ -18,67 +21,9 @@ inline constexpr std::string_view kNamespacePath = "lumenforge_settings";
 inline constexpr std::string_view kNamespaceDeclaration = "xmlns:lfst=";
 inline constexpr std::size_t kDeclarationLength =
     kNamespaceDeclaration.size() + 1 + kNamespaceBase.size();  // to the end of the base
-inline constexpr std::string_view kPrefix = "lfst:";
+
 inline constexpr std::string_view kMethodElement = "lfst:Method";
-
-// The elements that hold values, in the alphabetical order of their names.
-enum class Name : uint8_t {
-  accentuation,
-  blackClip,
-  blendWithEV,
-  blendingOpacity,
-  blendingPoint,
-  boost,
-  brightness,
-  brightnessIndividualColors,
-  colorSaturation,
-  colorTemperature,
-  compression,
-  contrast,
-  depthHighlights,
-  detailContrast,
-  exposureBalance,
-  gamma,
-  highlights,
-  highlightsSmoothing,
-  isPano360,
-  lighting,
-  lightingEffect,
-  localContrast,
-  luminance,
-  luminosity,
-  microcontrast,
-  microsmoothing,
-  midtone,
-  midtonesAdjustment,
-  noiseSmoothing,
-  radius,
-  saturation,
-  saturationHighlights,
-  saturationIndividualColors,
-  saturationShadows,
-  shadows,
-  shadowsClipping,
-  shadowsContrast,
-  shadowsSmoothing,
-  sharpness,
-  smoothing,
-  smoothingMode,
-  strength,
-  temperatureIndividualColors,
-  toneCompression,
-  whiteClip,
-  none,  // of a slot that has a default and no element
-};
-
-inline constexpr std::size_t kNameCount = static_cast<std::size_t>(Name::none);
-inline constexpr std::size_t kLongestName = 27;
-
-// A name's text without the prefix.
-std::string_view textOf(Name name);
-
-// Name::none when the schema has no such element.
-Name nameOf(std::string_view text);
+inline constexpr std::string_view kPrefix = kMethodElement.substr(0, 5);  // of every element
 
 // How a value stands in a packet.
 enum class ValueText : uint8_t {
@@ -94,7 +39,7 @@ enum class ValueText : uint8_t {
 
 // Another name that a packet may hold for a slot. Only read, never written.
 struct OtherName {
-  Name name = Name::none;
+  Name name = kNoName;
   bool wins = true;                   // read first; otherwise only when the first is absent
   float (*convert)(float) = nullptr;  // from this element's scale to the slot's
 };
@@ -111,33 +56,40 @@ struct Method {
   int number;
   std::string_view name;  // empty: no packet names it
   std::array<std::string_view, 2> olderNames;
+  bool recorded;                      // a photograph's packet of it is recorded on reading
+  bool kept;                          // a packet of it goes into a TIFF file as it is
   std::span<const Element> elements;  // in the order written
 };
 
-inline constexpr int kUnknownMethod = 0;
-inline constexpr int kHighestMethod = 15;
-
-// Null for a number without a table.
+// Null for a number that is no method's.
 const Method* methodOf(int number);
 
-// The number of the method whose name begins `text`, or kUnknownMethod.
-int methodNamedBy(std::string_view text);
+// The method whose name begins `text`; the unknown method, which has a row as well, when none does.
+const Method& methodNamedBy(std::string_view text);
 
 // The elements that every method has, written after its own.
 std::span<const Element> commonElements();
+
+// The values that a method starts from, in all slots of a record; zeros for no method.
+void setDefaults(const Method* method, float* params);
 
 // Method 1 writes its smoothing as one element that holds a word or a number.
 inline constexpr int kSmoothingLevelSlot = 5;
 inline constexpr int kSmoothingModeSlot = 16;
 inline constexpr std::array<std::string_view, 2> kSmoothingModes{"Light", "Slider"};
-inline constexpr float kSmoothingByLevel = 0;
-inline constexpr float kSmoothingBySlider = 1;
+enum class SmoothingMode : uint8_t { byLevel, bySlider };
+
+// By the slot's integer part; none when that is neither.
+std::optional<SmoothingMode> smoothingModeOf(const float* params);
 
 // By the slot's value. The blanks are part of the text written; the reader compares the letters.
 inline constexpr std::array<std::string_view, 5> kSmoothingLevels{
     "Very High", "High    ", "Medium  ", "Low     ", "Very Low"};
 
 inline constexpr int kListLength = 8;
+
+// The index of the word that a slot's integer part selects.
+std::optional<std::size_t> wordIndex(float slot, std::size_t words);
 
 // Record value to text value and back, methods 3 and 4.
 float toClipCurve(float value);

@@ -3,14 +3,14 @@
 #include <emmintrin.h>
 
 #include <array>
-#include <bit>
 #include <cstring>
 
 namespace lumenforge {
 
 namespace {
 
-// The places of two neighbouring bytes among 16 or 64 places; reads one byte more.
+// The places of two neighbouring bytes: which of 64 places, or whether any of 128; reads one byte
+// more.
 class PairPlaces {
  public:
   static constexpr std::size_t kBlock = 64;

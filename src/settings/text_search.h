@@ -1,40 +1,15 @@
 // Byte-exact searches in packet texts. A text is bytes with a length; a NUL in it is one of them.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 namespace lumenforge {
 
 inline constexpr std::size_t kNowhere = std::string_view::npos;
-
-inline uint64_t load64(const char* p) {
-  uint64_t word;
-  std::memcpy(&word, p, sizeof word);
-  return word;
-}
-
-inline uint32_t load32(const char* p) {
-  uint32_t word;
-  std::memcpy(&word, p, sizeof word);
-  return word;
-}
-
-// Whether the same bytes stand at `a` and `b`. For the short texts of packets, where a call to the
-// C library costs more than the comparison: whole words, the last of which overlaps the one before.
-inline bool sameBytes(const char* a, const char* b, std::size_t size) {
-  if (size < 4) return std::memcmp(a, b, size) == 0;
-  if (size < 8) {
-    return load32(a) == load32(b) && load32(a + size - 4) == load32(b + size - 4);
-  }
-  for (std::size_t i = 0; i + 8 < size; i += 8) {
-    if (load64(a + i) != load64(b + i)) return false;
-  }
-  return load64(a + size - 8) == load64(b + size - 8);
-}
 
 // A fixed text to look for, at least two bytes and no NUL in them. `anchor` is the place of two
 // neighbouring bytes of it that are rare in packets.
@@ -56,10 +31,7 @@ class Occurrences {
       const auto inBlock = static_cast<std::size_t>(std::countr_zero(candidates_));
       candidates_ &= candidates_ - 1;
       const std::size_t place = block_ + inBlock - needle_.anchor;
-      if (needle_.text.size() <= text_.size() - place &&
-          sameBytes(text_.data() + place, needle_.text.data(), needle_.text.size())) {
-        return place;
-      }
+      if (text_.substr(place).starts_with(needle_.text)) return place;
     }
     return kNowhere;
   }
@@ -89,9 +61,9 @@ constexpr std::string_view textFrom(std::string_view text, std::size_t offset) {
   return offset < text.size() ? text.substr(offset) : std::string_view();
 }
 
-// The bytes of a C buffer.
-inline std::string_view asText(const unsigned char* bytes, std::size_t size) {
-  return {reinterpret_cast<const char*>(bytes), size};
+// Behind the last place, at or after `from`, at which `size` bytes of the text stand.
+constexpr std::size_t endOfPlaces(std::string_view text, std::size_t from, std::size_t size) {
+  return std::max(from + size, text.size() + 1) - size;
 }
 
 }  // namespace lumenforge

@@ -8,6 +8,9 @@
 
 namespace lumenforge {
 
+// How many bytes stand between a name's end and its value: ">", or "=" and a quote.
+enum class Form : std::size_t { element = 1, attribute = 2 };
+
 // The number at `offset`, or, when there is none, the one at the byte after it.
 void readNumber(std::string_view text, std::size_t offset, float& slot);
 

@@ -240,9 +240,7 @@ int buf2tif(const void* pixels, const TifImageInfo* info, int stride,
   if (!isUsableProfile(metadata.icc)) metadata.icc = {};
   metadata.iptc = bytesOf(iptc, iptcLength);
   metadata.xmpRequest = {method, settings, meta, metadata.sizes.lensLength, xmpLength, xmp};
-  const std::optional<XmpChoice> choice = chooseXmp(metadata.xmpRequest);
-  if (!choice) return kNoMemory;
-  metadata.xmp = *choice;
+  metadata.xmp = chooseXmp(metadata.xmpRequest);
 
   const std::optional<DirectoryPlan> plan = planDirectory(image, metadata);
   if (!plan) return kUnsupportedDescription;

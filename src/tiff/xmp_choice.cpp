@@ -1,78 +1,57 @@
 #include "tiff/xmp_choice.h"
 
 #include <algorithm>
-#include <array>
-#include <limits>
+#include <cstring>
+#include <string_view>
 
-#include "base/zeroed.h"
+#include "settings/packet.h"
 
 namespace lumenforge {
 
 namespace {
 
-// A packet that holds settings of these methods goes into the file as it is. Not the set of methods
-// whose packets are recorded on reading.
-constexpr std::array kKeptMethods = {1, 2, 3, 4, 10, 11, 15};
-
-constexpr int kMethodQuery = -1;
-
-using LensText = std::array<char, sizeof(MetadataBuf::lens)>;
-
-LensText lensOf(const XmpRequest& request) {
-  LensText lens{};
-  std::copy_n(request.meta->lens, std::max(request.lensLength, 0), lens.begin());
-  return lens;
-}
-
-int generate(const XmpRequest& request, int setNumber, uint8_t* out) {
-  return embed_xmp(setNumber, request.method, request.settings, request.lensLength,
-                   lensOf(request).data(), reinterpret_cast<char*>(out));
-}
-
-uint64_t generatedSize(const XmpRequest& request) {
-  return static_cast<uint64_t>(std::max(generate(request, 0, nullptr), 0));
-}
-
-// The method of the packet's settings, or what the settings reader says when there is none. Only
-// when no settings are to be written is a missing terminator made up for. None without memory for
-// that.
-std::optional<int> packetMethod(const XmpRequest& request) {
+// The bytes of the packet that go into the file when it is written as it stands: those before its
+// terminator. Only when no settings are to be written may that be missing; otherwise the last byte
+// counts as it, whatever it is.
+std::string_view givenText(const XmpRequest& request) {
   const auto length = static_cast<std::size_t>(request.packetLength);
-  if (request.method != 0 || request.packet[length - 1] == 0) {
-    return get_settings_from_xmp(kMethodQuery, request.packetLength, request.packet, nullptr,
-                                 nullptr);
-  }
-  if (request.packetLength == std::numeric_limits<int32_t>::max()) return std::nullopt;
-  const ZeroedBuffer terminated = allocateZeroed(length + 1);
-  if (terminated == nullptr) return std::nullopt;
-  std::copy_n(request.packet, length, terminated.get());
-  return get_settings_from_xmp(kMethodQuery, request.packetLength + 1, terminated.get(), nullptr,
-                               nullptr);
+  const bool complete = request.method == 0 && request.packet[length - 1] != 0;
+  return {reinterpret_cast<const char*>(request.packet), complete ? length : length - 1};
 }
 
-// The packet without its terminator; without its last byte, whatever it is, where a terminator was
-// not made up for.
-uint64_t sizeAsGiven(const XmpRequest& request) {
-  const auto length = static_cast<uint64_t>(request.packetLength);
-  return request.method == 0 && request.packet[length - 1] != 0 ? length : length - 1;
+// Whether the packet holds settings that the host keeps as they are. One whose terminator is
+// missing holds none.
+bool isKept(const XmpRequest& request) {
+  const auto length = static_cast<std::size_t>(request.packetLength);
+  if (request.method != 0 && request.packet[length - 1] != 0) return false;
+  const Method* method = findSettings(givenText(request)).method;
+  return method != nullptr && method->kept;
+}
+
+PacketContent generatedPacket(const XmpRequest& request) {
+  PacketContent content = packetOf(request.method, request.settings);
+  if (request.lensLength > 0) {
+    const char* lens = request.meta->lens;
+    content.lens = {lens, strnlen(lens, static_cast<std::size_t>(request.lensLength))};
+  }
+  return content;
 }
 
 }  // namespace
 
-std::optional<XmpChoice> chooseXmp(const XmpRequest& request) {
+XmpChoice chooseXmp(const XmpRequest& request) {
   const bool wantsLens = request.lensLength > 0;
   const bool wantsSettings = request.method > 0;
+  const bool wantsPacket = wantsLens || wantsSettings;
   if (request.packetLength > 0) {
-    const std::optional<int> method = packetMethod(request);
-    if (!method) return std::nullopt;
-    const bool kept = std::ranges::find(kKeptMethods, *method) != kKeptMethods.end();
-    if (kept || (!wantsSettings && !wantsLens)) return XmpChoice{sizeAsGiven(request), false};
+    const std::size_t size = givenText(request).size();
+    if (!wantsPacket || isKept(request)) return {size, false};
     if (!wantsSettings) {  // the lens takes the packet's place, and more room where it needs more
-      return XmpChoice{std::max(sizeAsGiven(request), generatedSize(request)), true};
+      return {std::max(size, measurePacket(generatedPacket(request))), true};
     }
   }
-  if (!wantsSettings && !wantsLens) return XmpChoice{};
-  return XmpChoice{generatedSize(request) + 1, true};
+  if (!wantsPacket) return {};
+  return {measurePacket(generatedPacket(request)) + 1, true};
 }
 
 void writeXmp(const XmpRequest& request, const XmpChoice& choice, std::span<uint8_t> out) {
@@ -80,8 +59,9 @@ void writeXmp(const XmpRequest& request, const XmpChoice& choice, std::span<uint
     std::copy_n(request.packet, out.size(), out.begin());
     return;
   }
-  const int written = std::max(generate(request, 1, out.data()), 0);
-  std::ranges::fill(out.subspan(std::min(static_cast<std::size_t>(written), out.size())), ' ');
+  TextSink sink(reinterpret_cast<char*>(out.data()), out.size());
+  writePacket(sink, generatedPacket(request));
+  std::ranges::fill(out.subspan(sink.length()), ' ');
 }
 
 }  // namespace lumenforge

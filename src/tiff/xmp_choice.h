@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 
 #include "LumenforgeMetaLib.h"
@@ -24,8 +23,7 @@ struct XmpChoice {
   bool generated = false;
 };
 
-// None where memory for a terminated copy of the packet cannot be obtained.
-std::optional<XmpChoice> chooseXmp(const XmpRequest& request);
+XmpChoice chooseXmp(const XmpRequest& request);
 
 // `out` is zero-filled and holds `choice.size` bytes.
 void writeXmp(const XmpRequest& request, const XmpChoice& choice, std::span<uint8_t> out);

@@ -102,7 +102,7 @@ inline const std::vector<Call> kCalls = {
     {"def_param", 0, 240, [](S, M m) { return def_param(1, m); }},
     {"searchForTag", 232, 480, [](S, M m) {
       def_param(0, m);
-      return searchForTag(1, "lfst:Method", 1, bytesAt(kXmp), 1, size(kXmp) + 1, m, m + 240); }},
+      return searchForTag(1, "lfst:Method", 1, bytesAt(kXmp), 1, size(kXmp) + 1, m, m + 240); }, {0}},
     {"get_settings_from_xmp", 232, 240, [](S, M m) {
       return get_settings_from_xmp(1, size(kXmp) + 1, bytesAt(kXmp), nullptr, m); }},
     {"extract_xmp", 1, 301, [](S s, M m) {
@@ -124,11 +124,10 @@ inline const std::vector<Call> kCalls = {
       return write_exif_buf(5, 44, 9, 91, 13, 6, 20, 11, 6, &kMeta, &kCameraGps, "Canon", m); }},
     {"add_iptc_keyword", 8, 17, [](S, M m) {
       return add_iptc_keyword(size(kIptc), bytesAt(kIptc), 4, bytesAt("lake"), m); }},
-    // A packet without its terminator needs memory for a copy.
     {"buf2tif", 8, 216, [](S s, M m) {
       const TifImageInfo info{9, 8, 3, 8, 72, 0, size(kIcc), 0, {}, 1};
       return buf2tif(m, &info, 27, bytesAt(kIcc), &kMeta, &kCameraGps, size(kIptc), bytesAt(kIptc),
-                     0, nullptr, size(kXmp), bytesAt(kXmp), s.output.path()); }, {-4, -1, -4, -1}, {-2, -3, -12, -12}},
+                     0, nullptr, size(kXmp), bytesAt(kXmp), s.output.path()); }, {-1, -4, -1}, {-2, -3, -12, -12}},
     {"get_tif_tag", 22, 8, [](S s, M m) { return get_tif_tag(s.at("II*"), 0x8773, m, m + 4); }, {}, {}, {-1, -2, -3}},
     {"update_tif_profile", 77, 0, [](S s, M) { return update_tif_profile(size(kIcc), bytesAt(kIcc), s.output.path()); },
      {-1, -1, -1}, {77, -2, -2, -2, 77}, {0, -1, -2}, true},

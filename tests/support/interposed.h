@@ -99,5 +99,11 @@ const void* __wrap_memchr(const void* from, int byte, size_t size) {
   return found;
 }
 
+int __real_memcmp(const void*, const void*, size_t);
+int __wrap_memcmp(const void* a, const void* b, size_t size) {
+  interposed::state.steps += size;
+  return __real_memcmp(a, b, size);
+}
+
 void __sanitizer_cov_trace_pc() { ++interposed::state.steps; }
 }
