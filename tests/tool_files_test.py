@@ -1,5 +1,5 @@
 """lfmeta's command line, and how it reads and replaces files."""
-import contextlib, json, os, re, resource, signal, time, unittest
+import contextlib, json, os, pathlib, re, resource, shlex, signal, subprocess, time, unittest
 
 from support.tool import *
 
@@ -12,7 +12,7 @@ class ToolFiles(ToolTest):
                 ("lfmeta: --rceursive is no option, did you mean --recursive?; see", "read --rceursive in"),
                 ("lfmeta: -\\x1b[31mHI\\xff.jpg is no option; see lfmeta read --help", "read '-\x1b[31mHI\udcff.jpg'"),
                 ("lfmeta: c is one argument too many; see lfmeta exif", "exif a b c"), ("OUT.tif is required", "tiff in"),
-                ("needed: read, settings", ""), ("show, write", "settings"), ("no command of lfmeta", "help foo"),
+                ("needed: read, settings", ""), ("show, write", "settings"), ("no command of lfmeta", "help foo"), ("standard input", "icc - --set in"),
                 ("--depth: \\x1b[31m not in", "tiff in new --depth '\x1b[31m'"),
                 ("--resolution: 0x10 is no whole number from 1 to 2147483;", "tiff in new --resolution 0x10"),
                 ("from 1 to 256", "read in -j 0"), ("from 1 to 256", "read in -j 257"),
@@ -30,6 +30,30 @@ class ToolFiles(ToolTest):
             told = self.good("help " + line)
             self.assertIn("\nUsage: lfmeta %s" % line, told)
             self.assertLessEqual(max(map(len, told.splitlines())), 80, told)
+
+    def test_completions_and_the_man_page_say_every_option(self):
+        folder = pathlib.Path(LFMETA).parent / "described"
+        self.assertEqual(run("mandoc", "-Tlint", "-Wwarning", folder / "lfmeta.1"), (0, b"", ""))
+        page = re.sub(".\b", "", run("mandoc", "-Tascii", "-Owidth=400", folder / "lfmeta.1")[1].decode())
+        self.assertEqual(run("zsh", "-n", folder / "_lfmeta"), (0, b"", ""))
+        script = (folder / "lfmeta").read_text()
+
+        def complete(*words):
+            line = "COMP_WORDS=(lfmeta %s); COMP_CWORD=%d; _lfmeta 2>/dev/null; echo ${COMPREPLY[@]}"
+            return run("bash", "-c", script + line % (shlex.join(words), len(words)))[1].decode().split()
+
+        self.assertEqual((complete("tif"), complete("settings", "in"), complete("tiff", "in", "--dep"),
+                          complete("tiff", "--depth", "f"), complete("read", "--jobs", ""), complete("help", "h")),
+                         (["tiff"], ["insert"], ["--depth"], ["float"], [], ["hdr", "help"]))
+        commands = [*complete("")] + ["settings " + name for name in complete("settings", "")]
+        self.assertGreater(len(commands), 9)
+        for command in commands:
+            options = re.findall(r"^  (-[^ ,]+(?:, --[^ ]+)?)", self.good("help " + command), re.M)
+            names = {name for option in options for name in option.split(", ")}
+            self.assertEqual({*complete(*command.split(), "-")}, names, command)
+            for place in [r"\n +lfmeta %s [^-[]*[-[].*", r"\n   %s\n(?:     .*\n|\n)*"] if len(names) > 2 else []:
+                said = re.search(place % command, page)[0]
+                self.assertLessEqual(names - {"-h", "--help"}, {*re.findall(r"(?<![^ \[])--?[a-zA-Z][\w-]*", said)}, said)
 
     def test_what_comes_from_outside_is_printed_harmlessly(self):
         shown = b"~ \xc2\xa0\xc3\xbc\xed\x9f\xbf\xee\x80\x80\xe2\x80\x90\xf0\x9f\x98\x80\xf3\xa0\x82\x80\xf4\x8f\xbf\xbf"
@@ -83,8 +107,8 @@ class ToolFiles(ToolTest):
         self.assertTrue((self.dir / "link").is_symlink())
         os.mkfifo(self.dir / "pipe")
         for line in ["exif a.tif pipe", "exif a.tif .", "exif pipe b", "exif . b", "tiff pipe b", "tiff in b --like pipe",
-                     "tiff in b --icc pipe", "hdr pipe", "read pipe",
-                     "settings show pipe", "settings insert pipe --method 1"]:
+                     "tiff in b --icc pipe", "hdr pipe", "read pipe", "icc pipe",
+                     "icc pipe --set in", "icc a.tif --set pipe", "settings show pipe", "settings insert pipe --method 1"]:
             done = run(LFMETA, *line.split(), cwd=self.dir, timeout=10)
             self.assertEqual((done[0], done[1], done[2].count("\n")), (1, b"", 1), (line, done))
 

@@ -6,18 +6,33 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 
+#include "base/command_description.h"
 #include "base/command_line.h"
+#include "base/completion.h"
 #include "base/failure.h"
 #include "base/help.h"
+#include "base/manual.h"
 #include "base/report.h"
 #include "commands/commands.h"
 
 namespace lfmeta {
 
 namespace {
+
+int describeTool(const CLI::App& app, const std::string& form) {
+  const std::map<std::string, std::string (*)(const CommandDescription&)> kForms{
+      {"bash", bashCompletion},
+      {"zsh", zshCompletion},
+      {"synopsis", manualSynopsis},
+      {"commands", manualCommands}};
+  std::fputs(kForms.at(form)(describe(app)).c_str(), stdout);
+  return kSuccess;
+}
 
 int run(int argc, char** argv) {
   CLI::App app("Reads the metadata of photographs and writes it into finished images.", "lfmeta");
@@ -35,6 +50,8 @@ int run(int argc, char** argv) {
   addHdrCommand(app, chosen);
   addHelpCommand(app, chosen);
 
+  // For the build, which installs what it prints: not for people, and not in the help.
+  if (argc == 3 && argv[1] == std::string_view("--describe")) return describeTool(app, argv[2]);
   try {
     parseWords(app, argc, argv);
   } catch (const CLI::Success& answer) {

@@ -20,7 +20,10 @@ OptionDescription describe(const CLI::Option& option) {
                         .text = option.get_description()};
   for (const std::string& name : option.get_snames()) one.names.push_back("-" + name);
   for (const std::string& name : option.get_lnames()) one.names.push_back("--" + name);
-  if (!option.get_positional() && option.get_type_size() > 0) one.value = option.get_type_name();
+  if (!option.get_positional() && option.get_type_size() > 0) {
+    one.value = option.get_type_name();
+    one.value.resize(std::min(one.value.find(':'), one.value.size()));  // what checks say of it
+  }
   return one;
 }
 
@@ -31,6 +34,10 @@ std::string OptionDescription::nameList() const {
   for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
   if (list.empty()) return value + (repeats ? "..." : "");
   return value.empty() ? list : list + " " + value;
+}
+
+bool OptionDescription::isHelp() const {
+  return !names.empty() && names.back() == "--help";
 }
 
 std::string CommandDescription::usage() const {
@@ -56,6 +63,9 @@ CommandDescription describe(const CLI::App& app) {
     if (option->get_group().empty()) continue;
     (option->get_positional() ? command.words : command.options).push_back(describe(*option));
   }
+  // What every command has comes last.
+  std::stable_partition(command.options.begin(), command.options.end(),
+                        [](const OptionDescription& option) { return !option.isHelp(); });
   for (const CLI::App* below : app.get_subcommands([](const CLI::App*) { return true; })) {
     if (!below->get_group().empty()) command.commands.push_back(describe(*below));
   }

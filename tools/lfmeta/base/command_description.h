@@ -16,6 +16,7 @@ struct OptionDescription {
   std::string text;
 
   std::string nameList() const;  // "-j, --jobs N"
+  bool isHelp() const;
 };
 
 struct CommandDescription {

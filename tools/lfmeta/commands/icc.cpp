@@ -50,6 +50,9 @@ int showProfile(const Options& options) {
 
 int showOrSetProfile(const Options& options) {
   if (!options.profile) return showProfile(options);
+  if (options.file == "-") {
+    throw UsageFailure("icc --set", "changes a file where it lies; standard input is none");
+  }
   setTiffProfile(options.file, readProfile(*options.profile), *options.profile);
   return kSuccess;
 }
