@@ -12,6 +12,42 @@ static std::string tiffFile(char channels, char depth, const std::string& xmp) {
          xmp;
 }
 
+// Pictures behind the depth that they are brought to; the target makes the checksums of a PNG right.
+static std::vector<std::string> pictures() {
+  const auto chunk = [](const std::string& name, const std::string& data) {
+    return u32(data.size(), ByteOrder::big) + name + data + "zsum";
+  };
+  const auto attribute = [](const std::string& name, const std::string& type, const std::string& value) {
+    return name + '\0' + type + '\0' + u32(value.size(), ByteOrder::little) + value;
+  };
+  std::string exr = "v/1\1\2\0\0\0"s + attribute("channels", "chlist", "Y\0"s + numbers(32, {1, 0, 1, 1}) + '\0');
+  for (const auto* window : {"dataWindow", "displayWindow"}) exr += attribute(window, "box2i", std::string(16, '\0'));
+  for (const auto* byte : {"compression", "lineOrder"}) exr += attribute(byte, byte, "\0"s);
+  for (const auto* one : {"pixelAspectRatio", "screenWindowWidth"}) exr += attribute(one, "float", "\0\0\x80\x3F"s);
+  exr += attribute("screenWindowCenter", "v2f", std::string(8, '\0')) + '\0';
+  exr += numbers(32, {static_cast<uint32_t>(exr.size()) + 8, 0, 0, 2}) + "\0\x3C"s;
+  const auto entry = [](uint16_t tag, uint64_t value) { return kTiff.shortEntry(tag, value); };
+  std::vector<std::string> all{"P6 2 1 255 abcdef",
+                               "P5 1 1 65535 ab",
+                               "P4 9 1 ab",
+                               "P1 3 1 0 10",
+                               "P3 1 1 9 1 2 #c\n3",
+                               "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\nabcd",
+                               "PF 1 1 -1 abcdabcdabcd",
+                               "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 9\n\2\2\0\x9\x89r\x89g\x89"
+                               "b\x9"
+                               "123456789"s,
+                               "#?RADIANCE\n\n+Y 1 +X 3\nabcd\1\1\1\2",
+                               exr,
+                               kTiff.file({entry(256, 2), entry(257, 1), entry(258, 8), entry(259, 1), entry(262, 1),
+                                           entry(273, 0), entry(277, 1), entry(279, 2)}),
+                               "\x89PNG\r\n\x1A\n" + chunk("IHDR", "\0\0\0\2\0\0\0\1\x8\3\0\0\1"s) +
+                                   chunk("PLTE", "abcdef") + chunk("tRNS", "\1") +
+                                   chunk("IDAT", "x\1\1\3\0\xFC\xFF\0\0\1"s) + chunk("IEND", "")};
+  for (std::string& seed : all) seed = "\3" + seed;
+  return all;
+}
+
 int main(int, char** arguments) {
   const std::string start = "\0\0\0\0"s;
   const std::string settings(240, '\1');
@@ -32,6 +68,7 @@ int main(int, char** arguments) {
       {"iptc", {"\4" + kIptc, "\4", "\0"s + dataset(1, 90, "u") + dataset(2, 0, "ab")}},
       {"tiff_tag", {"\1\0\5"s + kTiffFile}},
       {"exif_block", {"\6" + numbers(32, {5, 44, 9, 90, 13, 6, 20, 11}) + bytesOf(kMeta) + bytesOf(kCameraGps)}},
+      {"tool_pictures", pictures()},
       {"tiff_file", {tiffFile(2, 0, kXmp), tiffFile(3, 1, ""), tiffFile(0, 3, kXmp + '\0')}},
   };
   for (const int method : {1, 2, 3, 4, 10, 11, 13, 14, 15}) {

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "pictures/picture.h"
+#include "pictures/openexr_header.h"
 
 namespace lfmeta {
 
@@ -109,6 +109,7 @@ Imf::PixelType pixelTypeOf(const Imf::ChannelList& channels,
 }  // namespace
 
 Image decodeOpenExr(const PictureFile& file) {
+  requireSoundOpenExrHeaders(file);
   Stream stream(file.stream);
   const auto opened =
       guarded([&] { return std::make_unique<Imf::MultiPartInputFile>(stream, 0, false); });

@@ -1,0 +1,42 @@
+// Pictures of all formats: what decodes keeps to the memory allowed, and goes to every depth.
+#include "fuzzing.h"
+#include "pictures/sample_depth.h"
+
+// A PNG picture's checksums are made right, so that what they cover is reached.
+static void repairChecksums(std::string& file) {
+  if (!file.starts_with("\x89PNG")) return;
+  for (std::size_t at = 8; at + 12 <= file.size();) {
+    std::size_t size = 0;
+    for (std::size_t i = 0; i < 4; ++i) size = size << 8 | static_cast<uint8_t>(file[at + i]);
+    if (size > file.size() - at - 12) return;
+    uint32_t sum = ~0U;
+    for (std::size_t i = at + 4; i < at + 8 + size; ++i) {
+      sum ^= static_cast<uint8_t>(file[i]);
+      for (int bit = 0; bit < 8; ++bit) sum = sum >> 1 ^ (sum % 2 == 0 ? 0 : 0xEDB88320);
+    }
+    for (std::size_t i = 0; i < 4; ++i) file[at + 8 + size + i] = static_cast<char>(~sum >> (24 - 8 * i));
+    at += 12 + size;
+  }
+}
+
+void fuzz::check(std::string input) {
+  using namespace lfmeta;
+  constexpr uint64_t kMemory = 1 << 20;
+  const auto depth = static_cast<Sample>(take<uint8_t>(input) % 4);
+  if (input.empty()) return;
+  repairChecksums(input);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(fmemopen(input.data(), input.size(), "rb"), std::fclose);
+  try {
+    Image image = decodePicture({stream.get(), input.size(), kMemory});
+    require(image.width > 0 && image.height > 0 && (image.channels == 1 || image.channels == 3));
+    require(image.pixelsSize() <= kMemory && image.orientation >= 0 && image.orientation <= 8);
+    if (image.sample > Sample::integer16) {
+      std::vector<float> row(image.sampleCount() / static_cast<std::size_t>(image.height));
+      for (int y = 0; y < image.height; ++y) floatsOfRow(image, y, row);
+    }
+    convertSamples(image, depth, 4 * kMemory);
+    require(image.sample == depth);
+  } catch (const std::runtime_error& error) {
+    require(error.what()[0] != '\0');
+  }
+}
