@@ -1,7 +1,10 @@
 #include "base/report.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -38,7 +41,12 @@ void printFailure(std::string_view subject, std::string_view message) {
   if (!subject.empty()) line += ": ";
   line += printable(message) + "\n";
   std::fflush(stdout);
-  std::fwrite(line.data(), 1, line.size(), stderr);
+  // At once, and not through stderr, which the library's own messages go to.
+  for (std::string_view rest = line; !rest.empty();) {
+    const ssize_t count = write(STDERR_FILENO, rest.data(), rest.size());
+    if (count < 0 && errno != EINTR) return;
+    rest.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+  }
 }
 
 std::string printable(std::string_view text) {

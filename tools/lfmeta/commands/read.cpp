@@ -2,178 +2,199 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <vector>
 
 #include "base/command_line.h"
 #include "base/failure.h"
+#include "base/in_order.h"
+#include "base/line_output.h"
 #include "base/report.h"
 #include "commands/commands.h"
+#include "photos/file_list.h"
+#include "photos/progress.h"
 #include "photos/read_report.h"
+#include "photos/report_fields.h"
 #include "photos/thumbnail.h"
 
 namespace lfmeta {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-constexpr std::size_t kStretch = 128;  // files whose reports are held at a time
+constexpr std::size_t kMostFilesAUnit = 32;
 
 struct Options {
-  std::vector<std::string> paths;
-  bool recursive = false;
+  FileList::Options files;
   bool json = false;
+  bool csv = false;
+  bool errorsAsJson = false;
+  std::vector<std::string> fields;
   std::string thumbnails;
   unsigned jobs = std::max(1U, std::thread::hardware_concurrency());
 };
 
-struct File {
+using Files = std::vector<ListedFile>;
+
+struct FailedFile {
   std::string path;
-  bool named;  // on the command line; a file found below a folder need not be a photograph
+  std::string message;
+  std::size_t before;  // bytes of the unit's text that come before it
 };
 
-// The files below a folder, in the order of their paths.
-std::vector<std::string> filesBelow(const std::string& folder) {
-  std::vector<std::string> files;
-  std::error_code error;
-  for (fs::recursive_directory_iterator
-           at(folder, fs::directory_options::skip_permission_denied, error),
-       end;
-       !error && at != end; at.increment(error)) {
-    std::error_code unknown;
-    if (at->is_regular_file(unknown)) files.push_back(at->path().string());
-  }
-  if (error) throw Failure(folder, "cannot be listed: " + error.message());
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
-// The files named, folders replaced by what is below them.
-int collect(const Options& options, std::vector<File>& files) {
-  int status = kSuccess;
-  for (const std::string& path : options.paths) {
-    std::error_code unknown;
-    if (!options.recursive || !fs::is_directory(path, unknown)) {
-      files.push_back({path, true});
-      continue;
-    }
-    status = std::max(status, runReportingFailure([&] {
-                        for (std::string& below : filesBelow(path)) {
-                          files.push_back({std::move(below), false});
-                        }
-                        return kSuccess;
-                      }));
-  }
-  return status;
-}
-
-// What has become of one file: nothing of a file below a folder that is no photograph.
+// What has become of a few files that stand together.
 struct Outcome {
-  std::optional<PhotoReport> report;
+  std::size_t files = 0;
   std::string text;
-  std::optional<Failure> failure;
+  std::vector<FailedFile> failures;  // for standard error
+  bool failed = false;
 };
 
-Outcome readOne(const File& file, bool json) {
-  const std::string& path = file.path;
-  Outcome outcome;
-  try {
-    outcome.report = readPhotoReport(path);
-    if (outcome.report) {
-      outcome.text =
-          json ? describeAsJson(path, *outcome.report) : describeForPerson(path, *outcome.report);
-      if (const char* damage = outcome.report->record.damage) {
-        outcome.failure = Failure(path, damage);
-      }
-    } else if (file.named) {
-      outcome.failure = Failure(path, kNoPhoto);
-    }
-  } catch (const Failure& failure) {
-    outcome.failure = failure;
-  } catch (const std::exception& error) {
-    outcome.failure = Failure(path, error.what());
-  }
-  return outcome;
-}
-
-// Shows how far the work is where a person waits: many files, and a terminal that is not the one
-// that the report goes to.
-class Progress {
+class Reading {
  public:
-  explicit Progress(std::size_t total)
-      : total_(total),
-        shown_(total > kManyFiles && isatty(STDERR_FILENO) != 0 && isatty(STDOUT_FILENO) == 0) {}
-  Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
-  ~Progress() {
-    if (shown_) std::fputs("\r\033[K", stderr);
+  explicit Reading(const Options& options)
+      : options_(options), list_(options.files), fields_(chosenFields(options)) {
+    if (!options.thumbnails.empty()) thumbnails_.emplace(options.thumbnails);
   }
-  void show(std::size_t done) const {
-    if (shown_ && done % kStretch == 0) std::fprintf(stderr, "\r%zu of %zu files", done, total_);
+
+  int run() {
+    if (options_.csv) {
+      std::string header;
+      appendCsvHeader(header, fields_);
+      output_.add(header);
+    }
+    const auto next = [this] { return nextFiles(); };
+    const auto work = [this](const Files& files) { return readFiles(files); };
+    const auto take = [this](const Outcome& outcome) { show(outcome); };
+    InOrder(options_.jobs, next, work, take);
+    output_.flush();
+    return status_;
   }
 
  private:
-  static constexpr std::size_t kManyFiles = 300;
-  std::size_t total_;
-  bool shown_;
+  static Fields chosenFields(const Options& options) {
+    Fields fields;
+    for (const std::string& name : options.fields) {
+      for (const Field* field : findFields(name)) fields.push_back(field);
+    }
+    if (options.fields.empty()) fields = allFields();
+    if (options.errorsAsJson) fields.push_back(errorField());
+    return options.csv ? fields : groupedForJson(fields);
+  }
+
+  std::optional<Files> nextFiles() {
+    const std::size_t named = options_.files.paths.size();
+    const bool few = !options_.files.recursive && !options_.files.namesIn &&
+                     named < kMostFilesAUnit * options_.jobs * 4;
+    const std::size_t most =
+        few ? std::max<std::size_t>(named / (options_.jobs * 4), 1) : kMostFilesAUnit;
+    Files files = list_.take(most, [this] { output_.flush(); });
+    if (files.empty()) return std::nullopt;
+    return files;
+  }
+
+  Outcome readFiles(const Files& files) {
+    Outcome outcome;
+    outcome.files = files.size();
+    for (const ListedFile& file : files) {
+      if (file.failure.empty()) {
+        readFile(file, outcome);
+      } else {
+        fail(outcome, file.path, nullptr, file.failure);
+      }
+    }
+    return outcome;
+  }
+
+  void readFile(const ListedFile& listed, Outcome& outcome) {
+    std::optional<PhotoReport> report;
+    try {
+      PhotoFile file(listed.path);
+      report = readPhotoReport(file);
+      if (!report && listed.named) throw Failure(listed.path, kNoPhoto);
+      if (!report) return;
+      if (thumbnails_) report->thumbnailFile = thumbnails_->write(file, report->record.info);
+      if (report->record.damage != nullptr) throw Failure(listed.path, report->record.damage);
+      describe(outcome.text, {listed.path, &*report, {}});
+    } catch (const Failure& failure) {
+      const bool other = failure.file() != listed.path;  // the thumbnail's file
+      fail(outcome, listed.path, report ? &*report : nullptr,
+           other ? failure.file() + ": " + failure.what() : failure.what());
+    } catch (const std::exception& error) {
+      fail(outcome, listed.path, report ? &*report : nullptr, error.what());
+    }
+  }
+
+  // What was read of the file is told in any case.
+  void fail(Outcome& outcome, const std::string& path, const PhotoReport* report,
+            const std::string& message) const {
+    outcome.failed = true;
+    if (report != nullptr) {
+      describe(outcome.text, {path, report, message});
+    } else if (options_.errorsAsJson) {
+      appendJson(outcome.text, errorFields(), {path, nullptr, message});
+    }
+    if (!options_.errorsAsJson) outcome.failures.push_back({path, message, outcome.text.size()});
+  }
+
+  void describe(std::string& out, const FileReport& file) const {
+    if (options_.json) {
+      appendJson(out, fields_, file);
+    } else if (options_.csv) {
+      appendCsv(out, fields_, file);
+    } else {
+      out += describeForPerson(file.path, *file.report);
+    }
+  }
+
+  void show(const Outcome& outcome) {
+    std::string_view rest = outcome.text;
+    std::size_t shown = 0;
+    for (const FailedFile& failure : outcome.failures) {
+      output_.add(rest.substr(shown, failure.before - shown));
+      shown = failure.before;
+      output_.flush();
+      progress_.clear();
+      printFailure(failure.path, failure.message);
+    }
+    output_.add(rest.substr(shown));
+    if (outcome.failed) status_ = kFailure;
+    if (list_.isWaiting()) output_.flush();
+    progress_.add(outcome.files);
+  }
+
+  const Options& options_;
+  FileList list_;
+  Fields fields_;
+  std::optional<ThumbnailFolder> thumbnails_;
+  LineOutput output_;
+  Progress progress_;
+  int status_ = kSuccess;
 };
 
-// Reads all files with the given number of threads, a stretch of files at a time so that memory
-// does not grow with their number, and hands the outcomes on in the order of the files.
-template <typename Take>
-void readAll(const std::vector<File>& files, const Options& options, const Take& take) {
-  std::vector<Outcome> outcomes(std::min(files.size(), kStretch));
-  for (std::size_t first = 0; first < files.size(); first += kStretch) {
-    const std::size_t count = std::min(kStretch, files.size() - first);
-    std::atomic<std::size_t> next = 0;
-    const auto work = [&] {
-      for (std::size_t i = next++; i < count; i = next++) {
-        outcomes[i] = readOne(files[first + i], options.json);
-      }
-    };
-    {
-      std::vector<std::jthread> helpers;
-      try {
-        while (helpers.size() + 1 < std::min<std::size_t>(options.jobs, count)) {
-          helpers.emplace_back(work);
-        }
-      } catch (const std::system_error&) {
-        // No more threads are to be had; those that there are do the work.
-      }
-      work();
-    }
-    for (std::size_t i = 0; i < count; ++i) take(first + i, outcomes[i]);
-  }
-}
-
-int report(const Outcome& outcome, const std::string& path, const std::string& thumbnails) {
-  std::fwrite(outcome.text.data(), 1, outcome.text.size(), stdout);
-  if (outcome.report && !thumbnails.empty()) {
-    writeThumbnail(thumbnails, path, outcome.report->record);
-  }
-  if (outcome.failure) throw Failure(*outcome.failure);
-  return kSuccess;
-}
-
 int readPhotos(const Options& options) {
-  std::vector<File> files;
-  int status = collect(options, files);
-  const Progress progress(files.size());
-  readAll(files, options, [&](std::size_t index, const Outcome& outcome) {
-    status = std::max(status, runReportingFailure([&] {
-                        return report(outcome, files[index].path, options.thumbnails);
-                      }));
-    progress.show(index + 1);
-  });
-  return status;
+  const auto& paths = options.files.paths;
+  if (paths.empty() && !options.files.namesIn)
+    throw UsageFailure("read", "needs a FILE, or --files0-from LIST");
+  if (options.files.namesIn == "-" && std::find(paths.begin(), paths.end(), "-") != paths.end()) {
+    throw UsageFailure("read", "can have a photograph or a list from standard input, not both");
+  }
+  if (!options.fields.empty() && !options.json && !options.csv) {
+    throw UsageFailure("--fields", "needs --json or --csv");
+  }
+  return Reading(options).run();
+}
+
+CLI::Validator fieldName() {
+  return CLI::Validator(
+      [](std::string& name) {
+        return findFields(name).empty() ? name + " is no field; the fields are " + fieldNames()
+                                        : std::string();
+      },
+      "");
 }
 
 }  // namespace
@@ -181,14 +202,33 @@ int readPhotos(const Options& options) {
 void addReadCommand(CLI::App& app, Run& chosen) {
   CLI::App* command = app.add_subcommand("read", "Show the metadata of photographs");
   const auto options = std::make_shared<Options>();
-  command->add_option("FILE", options->paths, "JPEG, TIFF or PSD images, or folders with -r")
-      ->type_name("")
-      ->required();
-  command->add_flag("-r,--recursive", options->recursive, "Read all photographs below folders");
-  command->add_flag("--json", options->json, "One JSON object a line");
-  command->add_option("--thumbnail", options->thumbnails, "Write embedded thumbnails into DIR")
-      ->type_name("DIR")
-      ->check(CLI::ExistingDirectory);
+  CLI::Option* files = command->add_option("FILE", options->files.paths,
+                                           "JPEG, TIFF or PSD images; folders with -r; - is "
+                                           "standard input");
+  files->type_name("");
+  command->add_flag("-r,--recursive", options->files.recursive,
+                    "Read all photographs below folders");
+  CLI::Option* json = command->add_flag("--json", options->json, "One JSON object a line");
+  command->add_flag("--csv", options->csv, "Comma-separated values under a line of names")
+      ->excludes(json);
+  command
+      ->add_option("--fields", options->fields,
+                   "Only these fields, in this order (--json and --csv)")
+      ->delimiter(',')
+      ->type_name("A,B,...")
+      ->check(fieldName());
+  command
+      ->add_flag("--errors-as-json", options->errorsAsJson,
+                 "A file that fails is a line with an error, not one on standard error")
+      ->needs(json);
+  command
+      ->add_option("--files0-from", options->files.namesIn,
+                   "Also the files named in LIST, each name ending in NUL; - is standard input")
+      ->type_name("LIST");
+  command
+      ->add_option("--thumbnail", options->thumbnails,
+                   "Write embedded thumbnails below DIR, under the photographs' paths")
+      ->type_name("DIR");
   command->add_option("-j,--jobs", options->jobs, "Files read at the same time (one a processor)")
       ->type_name("N")
       ->transform(wholeNumber(1, 256));

@@ -1,5 +1,6 @@
 #include "photos/photo_description.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -9,6 +10,7 @@ namespace {
 
 constexpr int kImageDescription = 270;
 constexpr int kLongestInlineText = 4;  // stands in the entry itself, too short to describe anything
+constexpr int kLongestText = 65536;    // eleven short items; nothing behind them matters
 
 }  // namespace
 
@@ -20,7 +22,7 @@ void readDescribedExposure(const std::string& path, ExifInfo& info) {
   if (file && get_tif_tag(file.get(), kImageDescription, &length, &offset) > 0 &&
       length > kLongestInlineText &&
       std::fseek(file.get(), static_cast<long>(static_cast<unsigned int>(offset)), SEEK_SET) == 0) {
-    parse_image_description(file.get(), length, &info);
+    parse_image_description(file.get(), std::min(length, kLongestText), &info);
   }
 }
 

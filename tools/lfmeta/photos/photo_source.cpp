@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <filesystem>
 #include <span>
-#include <system_error>
 
 #include "base/failure.h"
 #include "photos/photo_description.h"
@@ -18,25 +16,10 @@ constexpr uint32_t kJpegSegmentOverhead = 2 + 29;
 
 // Blocks are fetched here because the library's own readers leave out one that ends with the file,
 // where a finished TIFF may well have it.
-Bytes iptcOf(const std::string& path, const ExifInfo& info) {
-  Bytes block = readRegion(path, info.iptcOffset, info.iptcLength);
+Bytes iptcOf(const PhotoFile& file, const ExifInfo& info) {
+  if (info.iptcLength > kLongestPacket) return {};
+  Bytes block = file.region(info.iptcOffset, info.iptcLength);
   return !block.empty() && block.front() == 0x1C ? block : Bytes();
-}
-
-void refuseUnlessRegular(const std::string& path) {
-  std::error_code unknown;
-  const auto type = std::filesystem::status(path, unknown).type();
-  if (type == std::filesystem::file_type::directory) {
-    throw Failure(path, "is a folder; read -r reads what is below it");
-  }
-  if (type != std::filesystem::file_type::not_found && type != std::filesystem::file_type::none &&
-      type != std::filesystem::file_type::regular) {
-    throw Failure(path, "is not a regular file");
-  }
-}
-
-int read(const std::string& path, PhotoRecord& photo) {
-  return getExifData(path.c_str(), static_cast<int>(photo.type), &photo.info);
 }
 
 // The library clears every byte before it reads.
@@ -45,46 +28,57 @@ bool isBlank(const ExifInfo& info) {
   return std::all_of(bytes.begin(), bytes.end(), [](std::byte b) { return b == std::byte{0}; });
 }
 
+// What the library's negative result says of the file: nothing when the file is sound and the
+// library's rules do not reach what they look for.
+const char* damageOf(const PhotoRecord& photo, int result) {
+  const PhotoLayout& layout = photo.layout;
+  if (result == LUMENFORGE_NO_MEMORY) return "needs more memory than there is";
+  if (!layout.sound) {
+    if (result == LUMENFORGE_NO_MARKER) return "has a damaged segment behind its EXIF data";
+    return "is damaged, or ends before its structure does";
+  }
+  if (!layout.exif || layout.notRead != nullptr) return nullptr;
+  if (result == LUMENFORGE_NO_MARKER) return nullptr;  // fill bytes
+  if (result == LUMENFORGE_CANNOT_READ) return "cannot be read, or its EXIF data is damaged";
+  if (photo.type == PhotoType::tiff && result == LUMENFORGE_UNSUPPORTED) {
+    return "is a TIFF of 64-bit offsets, which are not supported";
+  }
+  return "has EXIF data without a TIFF header";
+}
+
 }  // namespace
 
-std::optional<PhotoRecord> readPhotoRecord(const std::string& path) {
-  refuseUnlessRegular(path);
-  // Most photographs are JPEGs, and reading a file as one begins with the signature: only when that
-  // fails is the file opened again for its first bytes.
-  PhotoRecord photo{.type = PhotoType::jpeg};
-  int result = read(path, photo);
-  if (result < 0) {
-    const std::optional<PhotoType> type = findPhotoType(path);
-    if (!type) {
-      readRegion(path, 0, 0);  // a file that cannot be opened says so itself
-      return std::nullopt;
-    }
-    if (*type != photo.type) {
-      photo.type = *type;
-      result = read(path, photo);
-    }
-  }
-  if (result < 0) {
-    photo.damage = readingFailure(photo.type, result);
-    if (isBlank(photo.info)) throw Failure(path, photo.damage);
-  }
+std::optional<PhotoRecord> readPhotoRecord(PhotoFile& file) {
+  const std::optional<PhotoType> type = findPhotoType(file);
+  if (!type) return std::nullopt;
+  PhotoRecord photo;
+  photo.type = *type;
+  photo.layout = findLayout(file, *type);
+  const char* path = file.pathToOpen().c_str();
+  const int result = getExifData(path, static_cast<int>(photo.type), &photo.info);
   if (photo.type == PhotoType::tiff && photo.info.exposureTime == 0) {
     readDescribedExposure(path, photo.info);
+  }
+  photo.blank = isBlank(photo.info);
+  if (result < 0) {
+    photo.damage = damageOf(photo, result);
+    if (photo.damage != nullptr && photo.blank) throw Failure(file.path(), photo.damage);
   }
   return photo;
 }
 
-Bytes xmpOf(const std::string& path, const PhotoRecord& photo) {
+Bytes xmpOf(const PhotoFile& file, const PhotoRecord& photo) {
   const uint32_t overhead = photo.type == PhotoType::jpeg ? kJpegSegmentOverhead : 0;
-  return photo.info.xmpLength > overhead
-             ? readRegion(path, photo.info.xmpOffset, photo.info.xmpLength - overhead)
-             : Bytes();
+  if (photo.info.xmpLength <= overhead) return {};
+  const uint32_t length = photo.info.xmpLength - overhead;
+  return length <= kLongestPacket ? file.region(photo.info.xmpOffset, length) : Bytes();
 }
 
 PhotoSource readPhotoSource(const std::string& path) {
-  const std::optional<PhotoRecord> photo = readPhotoRecord(path);
+  PhotoFile file(path);
+  const std::optional<PhotoRecord> photo = readPhotoRecord(file);
   if (!photo || photo->damage != nullptr) throw Failure(path, photo ? photo->damage : kNoPhoto);
-  return {photo->info, iptcOf(path, photo->info), xmpOf(path, *photo)};
+  return {photo->info, iptcOf(file, photo->info), xmpOf(file, *photo)};
 }
 
 void exportRecords(const ExifInfo& info, MetadataBuf& meta, GpsBuf& gps) {

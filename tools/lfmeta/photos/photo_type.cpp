@@ -1,10 +1,10 @@
 #include "photos/photo_type.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
+#include <algorithm>
 #include <array>
 #include <string_view>
+
+#include "base/failure.h"
 
 namespace lfmeta {
 
@@ -30,35 +30,24 @@ const char* nameOf(PhotoType type) {
   return kNames[static_cast<std::size_t>(type)];
 }
 
-std::optional<PhotoType> findPhotoType(const std::string& path) {
-  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-  if (file < 0) return std::nullopt;
-  std::array<char, 4> bytes{};
-  const ssize_t length = read(file, bytes.data(), bytes.size());
-  close(file);
-
-  const std::string_view start(bytes.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
+std::optional<PhotoType> findPhotoType(PhotoFile& file) {
   for (const Signature& signature : kSignatures) {
-    if (start.starts_with(signature.bytes)) return signature.type;
+    const auto start = file.view(0, signature.bytes.size());
+    if (start.empty()) continue;
+    const auto same = [](unsigned char a, char b) { return a == static_cast<unsigned char>(b); };
+    if (std::equal(start.begin(), start.end(), signature.bytes.begin(), same)) {
+      return signature.type;
+    }
   }
   return std::nullopt;
 }
 
-const char* readingFailure(PhotoType type, int result) {
-  switch (result) {
-    case LUMENFORGE_CANNOT_READ:
-      return "cannot be read, or ends before its structure does";
-    case LUMENFORGE_WRONG_SIGNATURE:
-      return type == PhotoType::jpeg ? "holds no EXIF data" : "has a wrong signature or byte order";
-    case LUMENFORGE_UNSUPPORTED:
-      return type == PhotoType::psd ? "is not an RGB picture"
-                                    : "is a variant that is not supported";
-    case LUMENFORGE_NO_MEMORY:
-      return "needs more memory than there is";
-    case LUMENFORGE_NO_MARKER:
-      return "has a damaged segment behind its EXIF data";
-    default:
-      return "cannot be read";
+std::optional<PhotoType> findPhotoType(const std::string& path) {
+  try {
+    PhotoFile file(path);
+    return findPhotoType(file);
+  } catch (const Failure&) {
+    return std::nullopt;
   }
 }
 

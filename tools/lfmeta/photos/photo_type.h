@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "photos/photo_file.h"
+
 namespace lfmeta {
 
 // The numbers are the library's file types.
@@ -13,11 +15,9 @@ enum class PhotoType { tiff = LUMENFORGE_TIFF, jpeg = LUMENFORGE_JPEG, psd = LUM
 
 const char* nameOf(PhotoType type);  // "TIFF", "JPEG" or "PSD"
 
-// Nothing for a file of another kind and for one that cannot be opened; a TIFF of 64-bit offsets
-// counts as TIFF. Never waits: a pipe or a terminal is of another kind.
+// Nothing for a file of another kind; a TIFF of 64-bit offsets counts as TIFF.
+std::optional<PhotoType> findPhotoType(PhotoFile& file);
+// Nothing also for one that cannot be opened. Never waits: a pipe or a terminal is of another kind.
 std::optional<PhotoType> findPhotoType(const std::string& path);
-
-// What a negative result of the library's reading means for a file of this type.
-const char* readingFailure(PhotoType type, int result);
 
 }  // namespace lfmeta

@@ -61,25 +61,6 @@ std::optional<double> degrees(const uint32_t (&parts)[6], bool negative) {
   return negative ? -sum : sum;
 }
 
-struct Position {
-  std::optional<double> latitude;
-  std::optional<double> longitude;
-  std::optional<double> altitude;  // metres
-};
-
-Position positionOf(const ExifInfo& info) {
-  Position position{degrees(info.gpsLatitude, info.gpsLatitudeRef == 'S'),
-                    degrees(info.gpsLongitude, info.gpsLongitudeRef == 'W'),
-                    quotient(info.gpsAltitude)};
-  if (position.altitude && info.gpsAltitudeRef == 1) position.altitude = -*position.altitude;
-  return position;
-}
-
-std::string exposureText(float seconds) {
-  if (seconds >= 0.3F) return concat({number(seconds), " s"});
-  return concat({"1/", number(std::round(1.0 / static_cast<double>(seconds))), " s"});
-}
-
 // Lines of a label and what is known; a label without anything is left out.
 class Lines {
  public:
@@ -145,11 +126,34 @@ std::string methodName(int method) {
   return "";
 }
 
-void addExposure(Lines& lines, const ExifInfo& info) {
-  lines.add("Exposure", {info.exposureTime > 0 ? exposureText(info.exposureTime) : "",
-                         info.fNumber > 0 ? concat({"f/", number(info.fNumber, 3)}) : "",
-                         info.iso > 0 ? concat({"ISO ", number(info.iso)}) : "",
-                         info.valueSource == 2 ? "from the image description" : ""});
+// Most models name their make.
+std::string cameraText(std::string_view make, std::string_view model) {
+  const std::string_view brand = make.substr(0, make.find(' '));
+  const bool named = make.empty() || model.starts_with(brand);
+  return printable(named ? model : concat({make, " ", model}));
+}
+
+std::string takenText(const PhotoReport& report) {
+  std::string time(textOf(report.record.info.dateTimeOriginal));
+  if (!time.empty() && !report.tags.subseconds.empty()) time += "." + report.tags.subseconds;
+  return printable(time);
+}
+
+// "+0.67 EV"
+std::string biasText(std::optional<float> bias) {
+  if (!bias || *bias == 0) return {};
+  return concat({*bias > 0 ? "+" : "", number(*bias, 3), " EV"});
+}
+
+void addExposure(Lines& lines, const PhotoReport& report) {
+  const ExifInfo& info = report.record.info;
+  const ExifTags& tags = report.tags;
+  lines.add("Exposure",
+            {info.exposureTime > 0 ? exposureText(info.exposureTime) + " s" : "",
+             info.fNumber > 0 ? concat({"f/", number(info.fNumber, 3)}) : "",
+             info.iso > 0 ? concat({"ISO ", number(info.iso)}) : "", biasText(tags.exposureBias),
+             tags.exposureMode ? exposureModeName(*tags.exposureMode) : "",
+             info.valueSource == 2 ? "from the image description" : ""});
   lines.add("Focal length",
             {info.focalLength > 0 ? concat({number(info.focalLength), " mm"}) : "",
              info.focalLength35mm > 0 ? concat({number(info.focalLength35mm), " mm on 35 mm film"})
@@ -166,120 +170,122 @@ void addPosition(Lines& lines, const ExifInfo& info) {
        position.altitude ? concat({number(*position.altitude), " m"}) : "", timeStampText(info)});
 }
 
-void addBlocks(Lines& lines, const ExifInfo& info) {
-  lines.add("Thumbnail", {block(info.thumbLength, info.thumbOffset),
-                          info.thumbWidth > 0 ? concat({number(info.thumbWidth), " x ",
-                                                        number(info.thumbHeight), " pixels"})
-                                              : ""});
+void addBlocks(Lines& lines, const PhotoReport& report) {
+  const ExifInfo& info = report.record.info;
+  lines.add(
+      "Thumbnail",
+      {block(info.thumbLength, info.thumbOffset),
+       info.thumbWidth > 0
+           ? concat({number(info.thumbWidth), " x ", number(info.thumbHeight), " pixels"})
+           : "",
+       report.thumbnailFile.empty() ? ""
+                                    : concat({"written to ", printable(report.thumbnailFile)})});
   lines.add("IPTC", {block(info.iptcLength, info.iptcOffset)});
   lines.add("XMP", {block(info.xmpLength, info.xmpOffset)});
 }
 
-Json numbers(std::span<const uint32_t> words) {
-  return Json(std::vector<uint32_t>(words.begin(), words.end()));
+// The lens, where the library has not looked for it, and the method.
+void readPacket(Bytes& xmp, PhotoReport& report) {
+  xmp.push_back('\0');
+  const int length = static_cast<int>(xmp.size());
+  if (report.lens.empty() && report.record.type != PhotoType::jpeg) {
+    std::array<char, 64> lens{};
+    get_settings_from_xmp(LUMENFORGE_SELECT_LENS, length, xmp.data(), lens.data(), nullptr);
+    report.lens = lens.data();
+  }
+  report.method = std::max(
+      get_settings_from_xmp(LUMENFORGE_SELECT_METHOD, length, xmp.data(), nullptr, nullptr), 0);
 }
 
-Json numberOrNull(std::optional<double> number) {
-  return number ? Json(*number) : Json(nullptr);
-}
-
-std::string letter(char c) {
-  return c == '\0' ? "" : std::string(1, c);
-}
-
-Json gpsJson(const ExifInfo& info) {
-  const Position position = positionOf(info);
-  return {{"latitude", numberOrNull(position.latitude)},
-          {"longitude", numberOrNull(position.longitude)},
-          {"altitude", numberOrNull(position.altitude)},
-          {"gpsLatitudeRef", letter(info.gpsLatitudeRef)},
-          {"gpsLatitude", numbers(info.gpsLatitude)},
-          {"gpsLongitudeRef", letter(info.gpsLongitudeRef)},
-          {"gpsLongitude", numbers(info.gpsLongitude)},
-          {"gpsAltitudeRef", info.gpsAltitudeRef},
-          {"gpsAltitude", numbers(info.gpsAltitude)},
-          {"gpsTimeStamp", numbers(info.gpsTimeStamp)},
-          {"gpsDateStamp", std::string(textOf(info.gpsDateStamp))}};
-}
-
-// The fractions as the host keeps them; [0, 0] where the float is none.
-Json fractionsJson(const ExifInfo& info) {
-  MetadataBuf buf;
-  GpsBuf gps;
-  exportRecords(info, buf, gps);
-  return {{"exposureTime", buf.exposureTime},
-          {"fNumber", buf.fNumber},
-          {"focalLength", buf.focalLength},
-          {"focalPlaneXResolution", buf.focalPlaneXResolution}};
+// The rules of the library that make another value than most readers give.
+std::vector<std::string> noticesOf(const PhotoReport& report, bool lensFromExif) {
+  const PhotoRecord& record = report.record;
+  const ExifInfo& info = record.info;
+  const ExifTags& tags = report.tags;
+  std::vector<std::string> notices;
+  if (record.layout.exif && record.layout.notRead != nullptr) {
+    notices.push_back(concat({"its EXIF data is not read: ", record.layout.notRead}));
+    return notices;
+  }
+  if (info.orientation != 0 && info.orientation != tags.orientation.value_or(0)) {
+    notices.push_back(concat({"the orientation is that of the thumbnail; the picture's own is ",
+                              tags.orientation ? number(*tags.orientation) : "not given"}));
+  }
+  const std::string_view model = textOf(info.model);
+  if (tags.model.size() > model.size() && tags.model.starts_with(model)) {
+    notices.push_back(concat({"the model is cut; the file says \"", tags.model, "\""}));
+  }
+  if (info.exposureTime > 0 && info.valueSource == 0 && !tags.hasExposureTime) {
+    notices.emplace_back("the exposure time is computed from the shutter speed value");
+  }
+  if (lensFromExif) {
+    notices.emplace_back("the lens stands in the EXIF data only, where the library does not look");
+  }
+  if (record.type != PhotoType::jpeg && info.xmpLength > kLongestPacket) {
+    notices.emplace_back("the XMP packet is longer than 16 MiB and not read");
+  }
+  return notices;
 }
 
 }  // namespace
 
-std::optional<PhotoReport> readPhotoReport(const std::string& path) {
-  const std::optional<PhotoRecord> record = readPhotoRecord(path);
+std::optional<PhotoReport> readPhotoReport(PhotoFile& file) {
+  const std::optional<PhotoRecord> record = readPhotoRecord(file);
   if (!record) return std::nullopt;
-  PhotoReport report{
-      .record = *record, .method = 0, .lens = std::string(textOf(record->info.lens))};
-  Bytes xmp = xmpOf(path, *record);
-  if (!xmp.empty()) {
-    xmp.push_back('\0');
-    const int length = static_cast<int>(xmp.size());
-    if (report.lens.empty()) {  // the library looks for it in JPEGs only
-      std::array<char, 64> lens{};
-      get_settings_from_xmp(LUMENFORGE_SELECT_LENS, length, xmp.data(), lens.data(), nullptr);
-      report.lens = lens.data();
-    }
-    report.method = std::max(
-        get_settings_from_xmp(LUMENFORGE_SELECT_METHOD, length, xmp.data(), nullptr, nullptr), 0);
-  }
+  PhotoReport report;
+  report.record = *record;
+  report.lens = textOf(record->info.lens);
+  const PhotoLayout& layout = record->layout;
+  if (layout.exif && layout.notRead == nullptr) report.tags = readExifTags(file, *layout.exif);
+  const bool isTiff = record->type == PhotoType::tiff;
+  report.width = isTiff ? report.tags.width : layout.width;
+  report.height = isTiff ? report.tags.height : layout.height;
+  Bytes xmp = xmpOf(file, *record);
+  if (!xmp.empty()) readPacket(xmp, report);
+  const bool lensFromExif = report.lens.empty() && !report.tags.lens.empty();
+  if (lensFromExif) report.lens = report.tags.lens;
+  report.notices = noticesOf(report, lensFromExif);
   return report;
+}
+
+Position positionOf(const ExifInfo& info) {
+  Position position{degrees(info.gpsLatitude, info.gpsLatitudeRef == 'S'),
+                    degrees(info.gpsLongitude, info.gpsLongitudeRef == 'W'),
+                    quotient(info.gpsAltitude)};
+  if (position.altitude && info.gpsAltitudeRef == 1) position.altitude = -*position.altitude;
+  return position;
+}
+
+std::string exposureText(float seconds) {
+  if (seconds >= 0.3F) return number(seconds);
+  return concat({"1/", number(std::round(1.0 / static_cast<double>(seconds)))});
+}
+
+const char* exposureModeName(uint32_t mode) {
+  constexpr std::array kNames{"automatic", "manual", "automatic bracket"};
+  return mode < kNames.size() ? kNames[mode] : "";
 }
 
 std::string describeForPerson(const std::string& path, const PhotoReport& report) {
   const ExifInfo& info = report.record.info;
-  Lines lines(concat({path, " (", nameOf(report.record.type), ")"}));
-  lines.add("Camera", {printable(textOf(info.model)), printable(report.lens)});
-  addExposure(lines, info);
-  lines.add("Taken", {printable(textOf(info.dateTimeOriginal))});
+  const ExifTags& tags = report.tags;
+  const std::string size =
+      report.width > 0 && report.height > 0
+          ? concat({", ", number(report.width), " x ", number(report.height), " pixels"})
+          : "";
+  Lines lines(concat({path, " (", nameOf(report.record.type), size, ")"}));
+  if (report.record.blank) lines.add("EXIF", {"no EXIF data"});
+  lines.add("Camera", {cameraText(tags.make, textOf(info.model)), printable(report.lens)});
+  addExposure(lines, report);
+  lines.add("Taken", {takenText(report)});
   lines.add("Orientation", {orientationText(info.orientation)});
   addPosition(lines, info);
-  addBlocks(lines, info);
+  addBlocks(lines, report);
   lines.add("Settings", {report.method > 0 ? concat({methodName(report.method), " (method ",
                                                      std::to_string(report.method), ")"})
                                            : ""});
+  for (const std::string& notice : report.notices) lines.add("Notice", {printable(notice)});
   return lines.text();
-}
-
-std::string describeAsJson(const std::string& path, const PhotoReport& report) {
-  const ExifInfo& info = report.record.info;
-  Json json{{"file", path},
-            {"type", nameOf(report.record.type)},
-            {"damage", report.record.damage == nullptr ? Json() : Json(report.record.damage)},
-            {"model", std::string(textOf(info.model))},
-            {"lens", report.lens},
-            {"dateTimeOriginal", std::string(textOf(info.dateTimeOriginal))},
-            {"valueSource", info.valueSource},
-            {"exposureTime", jsonNumber(info.exposureTime)},
-            {"fNumber", jsonNumber(info.fNumber)},
-            {"iso", info.iso},
-            {"focalLength", jsonNumber(info.focalLength)},
-            {"focalLength35mm", info.focalLength35mm},
-            {"focalPlaneXResolution", jsonNumber(info.focalPlaneXResolution)},
-            {"focalPlaneResolutionUnit", info.focalPlaneResolutionUnit},
-            {"orientation", info.orientation},
-            {"thumbWidth", info.thumbWidth},
-            {"thumbHeight", info.thumbHeight},
-            {"thumbRowBytes", info.thumbRowBytes},
-            {"thumbOffset", info.thumbOffset},
-            {"thumbLength", info.thumbLength},
-            {"iptcOffset", info.iptcOffset},
-            {"iptcLength", info.iptcLength},
-            {"xmpOffset", info.xmpOffset},
-            {"xmpLength", info.xmpLength},
-            {"method", report.method}};
-  json["MetadataBuf"] = fractionsJson(info);
-  json["gps"] = gpsJson(info);
-  return jsonLine(json) + "\n";
 }
 
 }  // namespace lfmeta

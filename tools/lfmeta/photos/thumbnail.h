@@ -1,15 +1,27 @@
-// The embedded thumbnail of a photograph as a file of its own.
+// The embedded thumbnails of photographs as files of their own.
 #pragma once
 
+#include <mutex>
 #include <string>
 
 #include "photos/photo_source.h"
 
 namespace lfmeta {
 
-// Writes the thumbnail of the photograph at `path` into the folder, under the photograph's name and
-// never over a file that is there: a number is added to the name instead. Nothing without a
-// thumbnail. Throws Failure when the block is no JPEG stream within the file, or cannot be written.
-void writeThumbnail(const std::string& folder, const std::string& path, const PhotoRecord& photo);
+// Used by several threads.
+class ThumbnailFolder {
+ public:
+  // Makes the folder where it is missing. Throws Failure, as write does.
+  explicit ThumbnailFolder(std::string folder);
+
+  // Writes the photograph's thumbnail under the photograph's path within the folder, unless it is
+  // there already, and returns that file's path; empty without a thumbnail. A file of other content
+  // is not replaced but a Failure, as is a block that is no JPEG stream within the photograph.
+  std::string write(const PhotoFile& photo, const ExifInfo& info);
+
+ private:
+  std::string folder_;
+  std::mutex lock_;
+};
 
 }  // namespace lfmeta

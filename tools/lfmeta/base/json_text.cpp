@@ -1,0 +1,50 @@
+#include "base/json_text.h"
+
+#include <algorithm>
+
+#include "base/characters.h"
+#include "base/report.h"
+
+namespace lfmeta {
+
+namespace {
+
+bool isPlain(char c) {
+  return c >= ' ' && c < 0x7F && c != '"' && c != '\\';
+}
+
+bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const Character next = firstCharacter(text);
+    if (!next.known) return false;
+    text.remove_prefix(next.length);
+  }
+  return true;
+}
+
+}  // namespace
+
+void appendJsonText(std::string& out, std::string_view text) {
+  if (std::all_of(text.begin(), text.end(), isPlain)) {
+    out.append(1, '"').append(text).append(1, '"');
+  } else {
+    out += jsonLine(Json(std::string(text)));
+  }
+}
+
+std::string bytesOfName(const std::string& name) {
+  if (std::all_of(name.begin(), name.end(), isPlain) || isUtf8(name)) return {};
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string escaped;
+  for (const char c : name) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || byte >= 0x7F || c == '\\') {
+      escaped.append("\\x").append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
+    } else {
+      escaped += c;
+    }
+  }
+  return escaped;
+}
+
+}  // namespace lfmeta

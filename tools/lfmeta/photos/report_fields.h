@@ -1,0 +1,39 @@
+// One photograph's metadata for a program: the table of fields, as a JSON object or as a row of
+// comma-separated values.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "photos/read_report.h"
+
+namespace lfmeta {
+
+// What has become of a file. A file that fails has a failure, and a report as far as it was read.
+struct FileReport {
+  const std::string& path;
+  const PhotoReport* report;
+  std::string_view failure;
+};
+
+struct Field;
+using Fields = std::vector<const Field*>;
+
+// All but "error".
+Fields allFields();
+Fields errorFields();  // those of a file of which nothing is known but its failure
+const Field* errorField();
+// The fields of that name, several for a group of them ("gps"); none when there is no such name.
+Fields findFields(std::string_view name);
+std::string fieldNames();  // for a person
+
+// One line each, with its line feed. In JSON the fields of a group stand in an object of their own
+// where the first of them is named.
+Fields groupedForJson(const Fields& fields);
+void appendJson(std::string& out, const Fields& fields, const FileReport& file);
+void appendCsv(std::string& out, const Fields& fields, const FileReport& file);
+void appendCsvHeader(std::string& out, const Fields& fields);
+
+}  // namespace lfmeta
