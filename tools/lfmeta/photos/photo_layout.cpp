@@ -60,6 +60,7 @@ PhotoLayout jpegLayout(PhotoFile& file) {
     const auto marker = readMarker(file, offset);
     if (!marker) return layout;
     const unsigned char code = marker->code;
+    layout.fillBytes |= marker->fillBytes > 1;
     manyFillBytes |= marker->fillBytes > kFillBytesRead;
     if (code == 0xD9 || code == 0xDA) {
       layout.sound = true;

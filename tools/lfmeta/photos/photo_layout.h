@@ -15,6 +15,7 @@ struct PhotoLayout {
   uint32_t width = 0;  // pixels; 0 where it does not say
   uint32_t height = 0;
   std::optional<uint64_t> exif;   // the TIFF header of its EXIF data
+  bool fillBytes = false;         // stand before a marker of a JPEG
   const char* notRead = nullptr;  // the rule by which the library does not come to its EXIF data
 };
 

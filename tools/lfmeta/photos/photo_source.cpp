@@ -30,15 +30,19 @@ bool isBlank(const ExifInfo& info) {
 
 // What the library's negative result says of the file: nothing when the file is sound and the
 // library's rules do not reach what they look for.
-const char* damageOf(const PhotoRecord& photo, int result) {
+const char* damageOf(const PhotoRecord& photo) {
   const PhotoLayout& layout = photo.layout;
+  const int result = photo.result;
   if (result == LUMENFORGE_NO_MEMORY) return "needs more memory than there is";
   if (!layout.sound) {
     if (result == LUMENFORGE_NO_MARKER) return "has a damaged segment behind its EXIF data";
     return "is damaged, or ends before its structure does";
   }
   if (!layout.exif || layout.notRead != nullptr) return nullptr;
-  if (result == LUMENFORGE_NO_MARKER) return nullptr;  // fill bytes
+  // Behind the EXIF data the library takes no fill bytes.
+  if (layout.fillBytes && (result == LUMENFORGE_NO_MARKER || result == LUMENFORGE_CANNOT_READ)) {
+    return nullptr;
+  }
   if (result == LUMENFORGE_CANNOT_READ) return "cannot be read, or its EXIF data is damaged";
   if (photo.type == PhotoType::tiff && result == LUMENFORGE_UNSUPPORTED) {
     return "is a TIFF of 64-bit offsets, which are not supported";
@@ -55,13 +59,13 @@ std::optional<PhotoRecord> readPhotoRecord(PhotoFile& file) {
   photo.type = *type;
   photo.layout = findLayout(file, *type);
   const char* path = file.pathToOpen().c_str();
-  const int result = getExifData(path, static_cast<int>(photo.type), &photo.info);
+  photo.result = getExifData(path, static_cast<int>(photo.type), &photo.info);
   if (photo.type == PhotoType::tiff && photo.info.exposureTime == 0) {
     readDescribedExposure(path, photo.info);
   }
   photo.blank = isBlank(photo.info);
-  if (result < 0) {
-    photo.damage = damageOf(photo, result);
+  if (photo.result < 0) {
+    photo.damage = damageOf(photo);
     if (photo.damage != nullptr && photo.blank) throw Failure(file.path(), photo.damage);
   }
   return photo;

@@ -18,6 +18,7 @@ struct PhotoRecord {
   PhotoType type = PhotoType::jpeg;
   PhotoLayout layout;
   ExifInfo info{};
+  int result = 0;                // of the library's reading
   bool blank = false;            // nothing was found for `info`
   const char* damage = nullptr;  // what ended the reading early, after `info` had been filled
 };

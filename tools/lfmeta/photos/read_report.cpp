@@ -207,6 +207,9 @@ std::vector<std::string> noticesOf(const PhotoReport& report, bool lensFromExif)
     notices.push_back(concat({"its EXIF data is not read: ", record.layout.notRead}));
     return notices;
   }
+  if (record.layout.exif && record.layout.fillBytes && record.result < 0) {
+    notices.emplace_back("fill bytes stand between its segments: a Photoshop block is not read");
+  }
   if (info.orientation != 0 && info.orientation != tags.orientation.value_or(0)) {
     notices.push_back(concat({"the orientation is that of the thumbnail; the picture's own is ",
                               tags.orientation ? number(*tags.orientation) : "not given"}));
