@@ -159,7 +159,7 @@ class ToolRead(unittest.TestCase):
                          [(str(cut), 100, False), (str(good), 100, True)])  # and what had been read
         self.assertEqual((status, err), (1, "".join("lfmeta: %s: %s\n" % one for one in [
             (cut, CUT), (none, "is no JPEG, TIFF or PSD image"), (missing, "cannot be opened: No such file or directory"),
-            (pipe, "is not a regular file"), (sub, "is a folder; read -r reads what is below it")])))
+            (pipe, "is not a regular file"), (sub, "is a folder, not a file; -r reads what is below it")])))
         status, [broken, empty, right], err = read("--errors-as-json", cut, "", good, "--fields", "iso,file")
         self.assertEqual((status, broken, right, empty["file"], err),
                          (1, {"iso": 100, "file": str(cut), "error": CUT},

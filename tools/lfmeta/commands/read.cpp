@@ -1,11 +1,10 @@
 // lfmeta read: what photographs say about themselves.
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -120,9 +119,13 @@ class Reading {
       if (report->record.damage != nullptr) throw Failure(listed.path, report->record.damage);
       describe(outcome.text, {listed.path, &*report, {}});
     } catch (const Failure& failure) {
-      const bool other = failure.file() != listed.path;  // the thumbnail's file
-      fail(outcome, listed.path, report ? &*report : nullptr,
-           other ? failure.file() + ": " + failure.what() : failure.what());
+      std::string message = failure.what();
+      if (failure.file() != listed.path) message = failure.file() + ": " + message;  // a thumbnail
+      std::error_code unknown;
+      if (std::filesystem::is_directory(listed.path, unknown)) {
+        message += "; -r reads what is below it";
+      }
+      fail(outcome, listed.path, report ? &*report : nullptr, message);
     } catch (const std::exception& error) {
       fail(outcome, listed.path, report ? &*report : nullptr, error.what());
     }

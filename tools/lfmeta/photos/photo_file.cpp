@@ -1,71 +1,29 @@
 #include "photos/photo_file.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "base/failure.h"
+#include "base/open_file.h"
 
 namespace lfmeta {
 
 namespace {
 
-using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
 Failure failed(const std::string& path, const char* what) {
   return {path, std::string(what) + std::strerror(errno)};
 }
 
-bool isRegular(int descriptor) {
-  struct stat status {};
-  return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-}
-
-// A pipe's bytes as a file without a name: the library reads at any offset.
-int openStandardInput() {
-  if (isRegular(STDIN_FILENO)) return fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0);
-  const Stream copy(std::tmpfile(), &std::fclose);
-  if (copy == nullptr) throw failed("standard input", "cannot be kept in a temporary file: ");
-  std::array<unsigned char, 65536> bytes;
-  for (;;) {
-    const ssize_t count = read(STDIN_FILENO, bytes.data(), bytes.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) throw failed("standard input", "cannot be read: ");
-    if (count == 0) break;
-    const auto length = static_cast<std::size_t>(count);
-    if (std::fwrite(bytes.data(), 1, length, copy.get()) != length) {
-      throw failed("standard input", "cannot be kept in a temporary file: ");
-    }
-  }
-  if (std::fflush(copy.get()) != 0) {
-    throw failed("standard input", "cannot be kept in a temporary file: ");
-  }
-  return fcntl(fileno(copy.get()), F_DUPFD_CLOEXEC, 0);
-}
-
 }  // namespace
 
-PhotoFile::PhotoFile(const std::string& path)
-    : path_(path),
-      descriptor_(path == "-" ? openStandardInput()
-                              : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
-  if (descriptor_ < 0) throw failed(path, "cannot be opened: ");
+PhotoFile::PhotoFile(const std::string& path) : path_(path), descriptor_(openForReading(path)) {
   struct stat status {};
-  const bool known = fstat(descriptor_, &status) == 0;
-  if (!known || !S_ISREG(status.st_mode)) {
-    close(descriptor_);
-    throw Failure(path, known && S_ISDIR(status.st_mode)
-                            ? "is a folder; read -r reads what is below it"
-                            : "is not a regular file");
-  }
-  size_ = static_cast<uint64_t>(status.st_size);
-  if (path == "-") pathToOpen_ = "/proc/self/fd/" + std::to_string(descriptor_);
+  if (fstat(descriptor_, &status) == 0) size_ = static_cast<uint64_t>(status.st_size);
+  if (path == "-") pathToOpen_ = pathOfDescriptor(descriptor_);
 }
 
 PhotoFile::~PhotoFile() {

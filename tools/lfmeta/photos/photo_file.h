@@ -1,5 +1,4 @@
-// A photograph's file, opened once, seen through a small window. Never waits for a pipe or a
-// terminal that was named; "-" is standard input.
+// A photograph's file, opened once, seen through a small window.
 #pragma once
 
 #include <array>
@@ -16,7 +15,7 @@ class PhotoFile {
  public:
   static constexpr std::size_t kLongestView = 4096;
 
-  // Throws Failure when it is no regular file that can be read.
+  // As openForReading; throws Failure.
   explicit PhotoFile(const std::string& path);
   ~PhotoFile();
   PhotoFile(const PhotoFile&) = delete;
