@@ -65,7 +65,7 @@ class ToolFiles(ToolTest):
         names = [os.fsdecode(text) for text in raw]
         self.files(**dict.fromkeys(names, PHOTO))
         done = subprocess.run([LFMETA, "read", *names], cwd=self.dir, capture_output=True)
-        told = [line[:-7] for line in done.stdout.split(b"\n") if line.endswith(b" (JPEG)")]
+        told = [line.rpartition(b" (JPEG,")[0] for line in done.stdout.split(b"\n") if line.endswith(b" pixels)")]
         self.assertEqual(told, texts)
         done = subprocess.run([LFMETA, "read", "--json", *names], cwd=self.dir, capture_output=True)
         lines = done.stdout.splitlines()
