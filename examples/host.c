@@ -56,12 +56,12 @@ static int writeImage(const char* path, const MetadataBuf* meta, const GpsBuf* g
 }
 
 /* The settings that the file's packet holds; its method, or what says that there is none. */
-static int readSettings(char* path, const MetadataBuf* meta, float* settings) {
-  const int size = (int)meta->xmpLength;
+static int readSettings(const char* path, const ExifInfo* info, float* settings) {
+  const int size = (int)info->xmpLength;
   unsigned char* packet = calloc((size_t)size + 1, 1);
   int method = -4;
   if (packet != NULL) {
-    method = extract_xmp(path, size, (int)meta->xmpOffset, packet);
+    method = extract_xmp(path, size, (int)info->xmpOffset, packet);
     if (method > 0) get_settings_from_xmp(method, size + 1, packet, NULL, settings);
   }
   free(packet);
@@ -92,6 +92,7 @@ static int addSettings(const float* settings) {
 }
 
 int main(int argc, char** argv) {
+  ExifInfo photo;
   MetadataBuf meta;
   GpsBuf gps;
   SettingsParams settings;
@@ -102,20 +103,22 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: host PHOTO.jpg OUT.tif\n");
     return 2;
   }
+  result = getExifData(argv[1], LUMENFORGE_JPEG, &photo);
+  if (result < 0) return failed("reading the photograph", result);
+  printf("%s: 1/%.0f s, ISO %u\n", photo.model, 1.0 / (double)photo.exposureTime,
+         (unsigned)photo.iso);
   memset(&meta, 0, sizeof meta);
   memset(&gps, 0, sizeof gps);
-  get_exif_data(argv[1], LUMENFORGE_JPEG, &meta, &gps);
-  printf("%s: %d/%d s, ISO %u\n", meta.model, (int)meta.exposureTime[0], (int)meta.exposureTime[1],
-         (unsigned)meta.iso);
+  metadataBufFromExifInfo(&photo, &meta, &gps);
 
   result = writeImage(argv[2], &meta, &gps);
   if (result != kHeight) return failed("writing the image", result);
 
-  memset(&meta, 0, sizeof meta);
-  get_exif_data(argv[2], LUMENFORGE_TIFF, &meta, &gps);
-  result = readSettings(argv[2], &meta, settings);
+  result = getExifData(argv[2], LUMENFORGE_TIFF, &photo);
+  if (result < 0) return failed("reading the image back", result);
+  result = readSettings(argv[2], &photo, settings);
   if (result != LUMENFORGE_TONE_BALANCER) return failed("reading the settings back", result);
-  printf("%s: %s, method %d, strength %.1f\n", argv[2], meta.model, result, (double)settings[0]);
+  printf("%s: %s, method %d, strength %.1f\n", argv[2], photo.model, result, (double)settings[0]);
 
   result = addSettings(settings);
   if (result != 2) return failed("adding settings to a packet", result);
