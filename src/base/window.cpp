@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "base/file.h"
-
 namespace lumenforge {
 
 // Makes the pane that holds `size` bytes at `offset` the current one, if there is one.
@@ -23,13 +21,13 @@ const uint8_t* Window::viewElsewhere(uint64_t offset, std::size_t size) {
   if (size > kReach || offset >= end_ || size > end_ - offset) return nullptr;
   if (!findPane(offset, size)) {
     fill(offset, size);
-    if (offset >= end_ || size > end_ - offset) return nullptr;
+    if (!findPane(offset, size)) return nullptr;
   }
   return bytesOf(current_) + (offset - panes_[current_].offset);
 }
 
 std::size_t Window::read(uint64_t offset, std::span<uint8_t> out) {
-  if (out.size() <= kSmallRead) view(offset, out.size());  // for the values around it, too
+  if (out.size() <= kReach) view(offset, out.size());  // for the values around it, too
   std::size_t done = 0;
   if (findPane(offset, 1)) {
     const Pane& pane = panes_[current_];
@@ -37,36 +35,47 @@ std::size_t Window::read(uint64_t offset, std::span<uint8_t> out) {
     done = std::min(out.size(), pane.length - inside);
     std::memcpy(out.data(), bytesOf(current_) + inside, done);
   }
-  return done == out.size() ? done : done + readStream(offset + done, out.subspan(done));
+  const std::size_t rest = out.size() - done;
+  return rest == 0 ? done : done + readSource(offset + done, out.subspan(done), rest);
 }
 
-// From the start of a page (a page's tail is as likely wanted as its head). The first read of a
-// file often needs but a few bytes; and a file that scatters its values over more places than any
-// real one gets little at a time, so that the bytes read stay in proportion to the values.
+// From the start of a page (a page's tail is as likely wanted as its head). A file that scatters its
+// values over more places than any real one gets little at a time, so that the bytes read stay in
+// proportion to the values.
 void Window::fill(uint64_t offset, std::size_t size) {
   constexpr uint32_t kManyFills = 32;
   constexpr std::size_t kLittle = 512;
-  std::size_t length = fills_ == 0 ? firstRead_ : fills_ < kManyFills ? kSize : kLittle;
+  std::size_t length = fills_ >= kManyFills ? kLittle : current_ == 0 ? kSmall : kLarge;
   const uint64_t start = offset & ~uint64_t{std::min(length, kPage) - 1};
-  if (size > length - (offset - start)) {
-    length = length < kPage ? offset - start + size : kSize;
-  }
-  length = std::min<uint64_t>(length, end_ - start);  // no read beyond a known end
-  current_ = fills_++ % kCount;
+  const std::size_t needed = offset - start + size;
+  length = std::min<uint64_t>(std::max(length, needed), end_ - start);  // none beyond a known end
+  current_ = 1 - current_; ++fills_;
   panes_[current_] = {start, 0};  // nothing may be found here should the read fail
-  panes_[current_].length = readStream(start, std::span(bytes_).subspan(current_ * kSize, length));
+  panes_[current_].length =
+      readSource(start, std::span(bytes_).subspan(current_ * kLarge, length), needed);
+}
+
+// Less than `needed` bytes are all there is; a read error ends the file, too.
+std::size_t Window::readSource(uint64_t offset, std::span<uint8_t> out, std::size_t needed) {
+  if (offset >= end_) return 0;
+  const std::size_t count =
+      file_ != nullptr ? file_->read(offset, out, needed) : readStream(offset, out);
+  if (count < needed) end_ = std::min(end_, offset + count);
+  return count;
 }
 
 std::size_t Window::readStream(uint64_t offset, std::span<uint8_t> out) {
-  if (offset >= end_) return 0;
-  if (offset != position_ && !seekTo(stream_, offset)) {
-    end_ = std::min(end_, offset);
-    return 0;
-  }
+  if (offset != position_ && !canSeekTo(offset)) return 0;
   const std::size_t count = std::fread(out.data(), 1, out.size(), stream_);
   position_ = offset + count;
-  if (count < out.size()) end_ = position_;  // a read error ends the file, too
   return count;
+}
+
+bool Window::canSeekTo(uint64_t offset) {
+  if (file_ != nullptr) return true;
+  position_ = offset;
+  seekFailed_ = seekFailed_ || !seekTo(stream_, offset);
+  return !seekFailed_;
 }
 
 const uint8_t* Cursor::readBytes(std::size_t size) {

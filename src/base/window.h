@@ -1,19 +1,20 @@
-// A stream seen through a few small windows: bounded reads at any offset, no seeks in sight.
+// A file seen through a few small panes: bounded reads at any offset, no seeks in sight.
 //
-// A file's metadata lies in a handful of places, so three windows, filled only when a target lies
+// A file's metadata lies in a handful of places, so three panes, filled only when a target lies
 // outside all, make few reads; and a system call costs more than the pages that it copies, so they
-// are some pages long. The same windows serve the library's own files and a host's stream.
+// are some pages long. The same window serves files that the library opens, which are read by
+// position, and a host's stream.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <limits>
 #include <optional>
 #include <span>
 
 #include "base/bytes.h"
+#include "base/file.h"
 
 namespace lumenforge {
 
@@ -21,51 +22,57 @@ class Window {
  public:
   static constexpr std::size_t kPage = 4096;
   // How many bytes one view() may ask for.
-  static constexpr std::size_t kReach = 12288;
-  static constexpr std::size_t kSize = kPage + kReach;
+  static constexpr std::size_t kReach = 1024;
 
-  // `position`: where the stream stands now. `firstRead`: kPage for a file that begins with a short
-  // header, kSize for one whose metadata follow at once.
-  Window(std::FILE* stream, uint64_t position, std::size_t firstRead = kPage)
-      : stream_(stream), position_(position), firstRead_(firstRead) {}
+  // `current`: the other pane is filled first.
+  explicit Window(const InputFile& file, std::size_t current = 0)
+      : file_(&file), current_(current) {}
+  // `position`: where the stream stands now.
+  Window(std::FILE* stream, uint64_t position) : stream_(stream), position_(position) {}
 
   // The `size` bytes at `offset`, valid until the next call; null where the file ends before them.
   const uint8_t* view(uint64_t offset, std::size_t size) {
-    const uint64_t inside =
-        offset - panes_[current_].offset;  // wraps to a large number when before
+    // Wraps to a large number when the pane lies behind.
+    const uint64_t inside = offset - panes_[current_].offset;
     const std::size_t length = panes_[current_].length;
     if (inside < length && size <= length - inside) return bytesOf(current_) + inside;
     return viewElsewhere(offset, size);
   }
 
   // Copies bytes from `offset` on and returns how many there were. What a large read finds in no
-  // window goes straight from the stream to `out`.
+  // pane goes straight from the file to `out`.
   std::size_t read(uint64_t offset, std::span<uint8_t> out);
 
+  // Whether `offset` can be sought, be there a byte or not; never after a seek that failed.
+  bool canSeekTo(uint64_t offset);
+
  private:
-  static constexpr std::size_t kSmallRead = 1024;
-  static constexpr std::size_t kCount = 3;
+  static constexpr std::size_t kCount = 2;
+  static constexpr std::size_t kLarge = 4 * kPage;
+  static constexpr std::size_t kSmall = 2 * kPage;
 
   struct Pane {
     uint64_t offset = 0;
     std::size_t length = 0;
   };
 
-  const uint8_t* bytesOf(std::size_t pane) const { return bytes_.data() + pane * kSize; }
+  const uint8_t* bytesOf(std::size_t pane) const { return bytes_.data() + pane * kLarge; }
   const uint8_t* viewElsewhere(uint64_t offset, std::size_t size);
   bool findPane(uint64_t offset, std::size_t size);
   void fill(uint64_t offset, std::size_t size);
+  std::size_t readSource(uint64_t offset, std::span<uint8_t> out, std::size_t needed);
   std::size_t readStream(uint64_t offset, std::span<uint8_t> out);
 
-  std::FILE* stream_;
-  uint64_t position_;
-  std::size_t firstRead_;
+  const InputFile* file_ = nullptr;  // or a stream:
+  std::FILE* stream_ = nullptr;
+  uint64_t position_ = 0;
+  bool seekFailed_ = false;
   uint64_t end_ = std::numeric_limits<uint64_t>::max();  // the file's end, once a read has met it
   std::size_t current_ = 0;
   uint32_t fills_ = 0;
   std::array<Pane, kCount> panes_;
   // Page-aligned: a copy into memory a few bytes past a page start is several times slower.
-  alignas(kPage) std::array<uint8_t, kCount * kSize> bytes_;
+  alignas(kPage) std::array<uint8_t, kLarge + kSmall> bytes_;
 };
 
 // Numbers read one after the other from a window.

@@ -46,9 +46,9 @@ int readContainer(Walk& walk) {
 int getExifData(const char* path, int fileType, ExifInfo* info) {
   using namespace lumenforge;
   init_exifInfo(info);
-  const File file = openUnbuffered(path, "rb");
-  if (file == nullptr) return kCannotRead;
-  Window window(file.get(), 0, fileType == kJpegFile ? Window::kSize : Window::kPage);
+  const InputFile file(path);
+  if (!file.isOpen()) return kCannotRead;
+  Window window(file, fileType == kJpegFile ? 1 : 0);
   Walk walk{window, *info, fileType};
   const int result = readContainer(walk);
   return result == kOk && walk.damaged ? kCannotRead : result;
