@@ -203,12 +203,18 @@ TEST(TagLookup, TellsWhyThereIsNone) {
   const std::pair<int, std::vector<std::string>> kCases[] = {
       {-1,
        {endless, endless.substr(0, 9), endless.substr(0, 21), endless.substr(0, 24), kTiff.header(0),
-        kTiff.header(7000)}},
+        start.substr(0, 4), start.substr(0, 7)}},
       {-2,
-       {start + "\0\0"s, start.substr(0, 7), "II+" + endless.substr(3), "MM" + endless.substr(2),
-        big.file(big.entries("9=l2"))}}};
+       {start + "\0\0"s, start.substr(0, 3), "II+" + endless.substr(3), "MM" + endless.substr(2),
+        big.file(big.entries("9=l2"))}},
+      // Memory cannot be sought behind its end, a file can.
+      {-3, {kTiff.header(5000) + std::string(18, ' '), start + kTiff.directory(8, kTiff.entries("1=l2"), 27)}}};
   for (const auto& [result, files] : kCases) {
-    for (const std::string& file : files) EXPECT_EQ(lookUp(MemoryStream(file).get(), 9), (Lookup{result, -77, -77}));
+    for (const std::string& file : files) {
+      EXPECT_EQ(lookUp(MemoryStream(file).get(), 9), (Lookup{result, -77, -77}));
+      const lumenforge::File stream = lumenforge::openUnbuffered(TempFile(file).path(), "rb");
+      EXPECT_EQ(lookUp(stream.get(), 9), (Lookup{result == -3 ? -1 : result, -77, -77}));
+    }
   }
   std::FILE* pipe = ::popen("printf 'II*\\0\\10\\0\\0\\0\\1\\0'", "r");
   EXPECT_EQ(lookUp(pipe, 9), (Lookup{-3, -77, -77}));

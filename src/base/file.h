@@ -37,8 +37,8 @@ class InputFile {
 
   bool isOpen() const { return descriptor_ >= 0; }
   std::optional<uint64_t> size() const;
-  // Copies bytes from `offset` on and returns how many there were: at least `needed` unless the file
-  // ends or fails before.
+  // Copies bytes from `offset` on and returns how many there were: at least `needed` unless the
+  // file ends or fails before.
   std::size_t read(uint64_t offset, std::span<uint8_t> out, std::size_t needed) const;
 
  private:

@@ -1,4 +1,4 @@
-// Result codes of the boundary, each named once.
+// Result codes that functions of the boundary share. A code of one function stands with it.
 #pragma once
 
 namespace lumenforge {
@@ -9,9 +9,5 @@ inline constexpr int kWrongSignature = -2;
 inline constexpr int kUnsupported = -3;
 inline constexpr int kNoMemory = -4;
 inline constexpr int kNoMarker = -10;  // a JPEG marker segment that does not begin with FF
-
-// The lookup of a tag.
-inline constexpr int kNoSuchTag = -1;
-inline constexpr int kCannotSeek = -3;
 
 }  // namespace lumenforge

@@ -7,7 +7,7 @@ namespace lumenforge {
 
 // Makes the pane that holds `size` bytes at `offset` the current one, if there is one.
 bool Window::findPane(uint64_t offset, std::size_t size) {
-  for (std::size_t pane = 0; pane < kCount; ++pane) {
+  for (const std::size_t pane : {kLarge, kSmall}) {
     const uint64_t inside = offset - panes_[pane].offset;
     if (inside < panes_[pane].length && size <= panes_[pane].length - inside) {
       current_ = pane;
@@ -39,20 +39,22 @@ std::size_t Window::read(uint64_t offset, std::span<uint8_t> out) {
   return rest == 0 ? done : done + readSource(offset + done, out.subspan(done), rest);
 }
 
-// From the start of a page (a page's tail is as likely wanted as its head). A file that scatters its
-// values over more places than any real one gets little at a time, so that the bytes read stay in
-// proportion to the values.
+// The pane that was not used last is filled, from the start of a page (a page's tail is as likely
+// wanted as its head). A file that scatters its values over more places than any real one gets
+// little at a time, so that the bytes read stay in proportion to the values.
 void Window::fill(uint64_t offset, std::size_t size) {
   constexpr uint32_t kManyFills = 32;
   constexpr std::size_t kLittle = 512;
-  std::size_t length = fills_ >= kManyFills ? kLittle : current_ == 0 ? kSmall : kLarge;
-  const uint64_t start = offset & ~uint64_t{std::min(length, kPage) - 1};
+  current_ = current_ == kLarge ? kSmall : kLarge;
+  const std::size_t capacity = current_ == kLarge ? kLargeSize : kSmallSize;
+  const std::size_t wanted = fills_ < kManyFills ? capacity : kLittle;
+  const uint64_t start = offset & ~uint64_t{std::min(wanted, kPage) - 1};
   const std::size_t needed = offset - start + size;
-  length = std::min<uint64_t>(std::max(length, needed), end_ - start);  // none beyond a known end
-  current_ = 1 - current_; ++fills_;
+  const uint64_t length = std::min<uint64_t>(std::max(wanted, needed), end_ - start);
+  ++fills_;
   panes_[current_] = {start, 0};  // nothing may be found here should the read fail
   panes_[current_].length =
-      readSource(start, std::span(bytes_).subspan(current_ * kLarge, length), needed);
+      readSource(start, std::span(bytes_).subspan(current_ * kLargeSize, length), needed);
 }
 
 // Less than `needed` bytes are all there is; a read error ends the file, too.
@@ -73,9 +75,12 @@ std::size_t Window::readStream(uint64_t offset, std::span<uint8_t> out) {
 
 bool Window::canSeekTo(uint64_t offset) {
   if (file_ != nullptr) return true;
-  position_ = offset;
-  seekFailed_ = seekFailed_ || !seekTo(stream_, offset);
-  return !seekFailed_;
+  if (seekTo(stream_, offset)) {
+    position_ = offset;
+    return true;
+  }
+  seekFailed_ = true;
+  return false;
 }
 
 const uint8_t* Cursor::readBytes(std::size_t size) {

@@ -1,9 +1,8 @@
-// A file seen through a few small panes: bounded reads at any offset, no seeks in sight.
+// A file seen through two panes: bounded reads at any offset, no seeks in sight.
 //
-// A file's metadata lies in a handful of places, so three panes, filled only when a target lies
-// outside all, make few reads; and a system call costs more than the pages that it copies, so they
-// are some pages long. The same window serves files that the library opens, which are read by
-// position, and a host's stream.
+// A file's metadata lies in a handful of places, and a system call costs more than the pages that
+// it copies: so panes are some pages long, and one is filled only when a target lies outside both.
+// The same window serves the files that the library opens, read by position, and a host's stream.
 #pragma once
 
 #include <array>
@@ -24,9 +23,11 @@ class Window {
   // How many bytes one view() may ask for.
   static constexpr std::size_t kReach = 1024;
 
-  // `current`: the other pane is filled first.
-  explicit Window(const InputFile& file, std::size_t current = 0)
-      : file_(&file), current_(current) {}
+  // What a file begins with decides which pane is filled first: the large one with the metadata.
+  enum class Start : uint8_t { header, metadata };
+
+  explicit Window(const InputFile& file, Start start = Start::header)
+      : file_(&file), current_(start == Start::header ? kLarge : kSmall) {}
   // `position`: where the stream stands now.
   Window(std::FILE* stream, uint64_t position) : stream_(stream), position_(position) {}
 
@@ -43,20 +44,23 @@ class Window {
   // pane goes straight from the file to `out`.
   std::size_t read(uint64_t offset, std::span<uint8_t> out);
 
-  // Whether `offset` can be sought, be there a byte or not; never after a seek that failed.
+  // Whether `offset` can be sought, be there a byte or not; and whether a seek has failed, which
+  // else is as if the file ended there.
   bool canSeekTo(uint64_t offset);
+  bool seekFailed() const { return seekFailed_; }
 
  private:
-  static constexpr std::size_t kCount = 2;
-  static constexpr std::size_t kLarge = 4 * kPage;
-  static constexpr std::size_t kSmall = 2 * kPage;
+  static constexpr std::size_t kLarge = 0;
+  static constexpr std::size_t kSmall = 1;
+  static constexpr std::size_t kLargeSize = 4 * kPage;
+  static constexpr std::size_t kSmallSize = 2 * kPage;
 
   struct Pane {
     uint64_t offset = 0;
     std::size_t length = 0;
   };
 
-  const uint8_t* bytesOf(std::size_t pane) const { return bytes_.data() + pane * kLarge; }
+  const uint8_t* bytesOf(std::size_t pane) const { return bytes_.data() + pane * kLargeSize; }
   const uint8_t* viewElsewhere(uint64_t offset, std::size_t size);
   bool findPane(uint64_t offset, std::size_t size);
   void fill(uint64_t offset, std::size_t size);
@@ -68,11 +72,11 @@ class Window {
   uint64_t position_ = 0;
   bool seekFailed_ = false;
   uint64_t end_ = std::numeric_limits<uint64_t>::max();  // the file's end, once a read has met it
-  std::size_t current_ = 0;
+  std::size_t current_ = kLarge;
   uint32_t fills_ = 0;
-  std::array<Pane, kCount> panes_;
+  std::array<Pane, 2> panes_;
   // Page-aligned: a copy into memory a few bytes past a page start is several times slower.
-  alignas(kPage) std::array<uint8_t, kLarge + kSmall> bytes_;
+  alignas(kPage) std::array<uint8_t, kLargeSize + kSmallSize> bytes_;
 };
 
 // Numbers read one after the other from a window.

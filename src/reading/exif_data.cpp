@@ -48,7 +48,7 @@ int getExifData(const char* path, int fileType, ExifInfo* info) {
   init_exifInfo(info);
   const InputFile file(path);
   if (!file.isOpen()) return kCannotRead;
-  Window window(file, fileType == kJpegFile ? 1 : 0);
+  Window window(file, fileType == kJpegFile ? Window::Start::metadata : Window::Start::header);
   Walk walk{window, *info, fileType};
   const int result = readContainer(walk);
   return result == kOk && walk.damaged ? kCannotRead : result;

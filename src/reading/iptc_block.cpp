@@ -6,16 +6,17 @@
 int read_iptc(const char* path, int length, int offset, unsigned char* buf) {
   using namespace lumenforge;
   constexpr unsigned char kDatasetMarker = 0x1C;
-  const File file = openUnbuffered(path, "rb");
-  if (file == nullptr) return kCannotRead;
-  const auto size = sizeOf(file.get());
+  constexpr int kNotInFile = 0;
+  const InputFile file(path);
+  if (!file.isOpen()) return kCannotRead;
+  const auto size = file.size();
   if (!size || *size == 0) return kCannotRead;
-  if (length < 0 || offset < 0) return 0;
+  if (length < 0 || offset < 0) return kNotInFile;
   const auto wanted = static_cast<uint64_t>(length);
   const auto start = static_cast<uint64_t>(offset);
-  if (start + wanted >= *size || !seekTo(file.get(), start)) return 0;
+  if (start + wanted >= *size) return kNotInFile;
 
-  const std::size_t count = std::fread(buf, 1, wanted, file.get());
+  const std::size_t count = file.read(start, {buf, wanted}, wanted);
   if (count == 0 && wanted > 0) return kCannotRead;
   if (count == 0 || buf[0] != kDatasetMarker) return kWrongSignature;
   return count == wanted ? length : kCannotRead;

@@ -1,0 +1,59 @@
+#include "reading/tag_lookup.h"
+
+#include <limits>
+
+#include "LumenforgeMetaLib.h"
+#include "base/result.h"
+
+namespace lumenforge {
+namespace {
+
+constexpr int kNoSuchTag = -1;
+constexpr int kCannotSeek = -3;
+
+// All directories of the chain in file order; a chain without end meets the end of the work budget.
+TagLookup findInChain(Window& window, uint64_t firstOffset, int tag) {
+  WorkBudget budget;
+  uint64_t offset = firstOffset;
+  while (offset != 0 && window.canSeekTo(offset)) {
+    DirectoryReader directory(window, offset, {0, ByteOrder::little}, budget);
+    while (const auto entry = directory.next()) {
+      if (static_cast<int>(entry->tag) == tag) return {0, *entry};
+    }
+    if (!directory.complete()) break;
+    if (directory.count() == 0) return {kWrongSignature, {}};
+    offset = Cursor(window, directory.offset(), ByteOrder::little).read32().value_or(0);
+  }
+  return {kNoSuchTag, {}};
+}
+
+TagLookup findInFile(Window& window, uint64_t headerOffset, int tag) {
+  Cursor header(window, headerOffset, ByteOrder::little);
+  if (header.read16() != kLittleEndianMark) return {kWrongSignature, {}};
+  if (header.read16() != kTiffNumber) return {kWrongSignature, {}};
+  return findInChain(window, header.read32().value_or(0), tag);
+}
+
+}  // namespace
+
+TagLookup findTag(Window& window, uint64_t headerOffset, int tag) {
+  const TagLookup found = findInFile(window, headerOffset, tag);
+  if (found.failure != 0 && window.seekFailed()) return {kCannotSeek, {}};
+  // What cannot be told as a result is not there, neither for the host nor for an update.
+  if (found.entry.offset > std::numeric_limits<int>::max()) return {kNoSuchTag, {}};
+  return found;
+}
+
+}  // namespace lumenforge
+
+int get_tif_tag(FILE* stream, int tag, int* count, int* value) {
+  using namespace lumenforge;
+  // A stream that cannot tell its position cannot seek; its header may yet be no header.
+  const uint64_t position = positionOf(stream).value_or(0);
+  Window window(stream, position);
+  const TagLookup found = findTag(window, position, tag);
+  if (found.failure != 0) return found.failure;
+  *count = static_cast<int>(found.entry.count);
+  *value = static_cast<int>(found.entry.value);
+  return static_cast<int>(found.entry.offset);
+}
