@@ -11,7 +11,8 @@
  *     order, -3 unsupported variant (or a text that does not end in NUL), -4 no memory, -5 no or
  *     another settings method. Each function lists its own.
  *   - Every record and buffer belongs to the caller; the library keeps none, and frees what it
- *     allocates before it returns. Every file that a call opens is closed when it returns.
+ *     allocates before it returns. Every file that a call opens is closed when it returns, and on
+ *     exec meanwhile. A call needs less than 32 KiB of stack.
  *   - No global state, no threads, no callbacks: calls may run at the same time as long as they
  *     share no output record, buffer or file.
  *   - Pointers must not be null unless a comment says that they may be.
@@ -722,7 +723,8 @@ LUMENFORGE_API int buf2tif(const void* pixels, const TifImageInfo* info, int str
  * Returns the entry's file offset, which is above 0, or
  *   -1  no directory holds the tag, the file ends first, or the entry lies beyond 2 GiB
  *   -2  no little-endian TIFF header, or a directory without entries
- *   -3  the stream cannot be seeked
+ *   -3  a seek fails: the stream cannot seek at all, or not to a directory's offset (memory streams
+ *       cannot behind their end, files can)
  * At most 5 x 65,535 entries are read; past that, as in a chain that leads back into itself, the
  * tag counts as missing.
  */

@@ -1,5 +1,6 @@
 // Every allocation, write, read, seek and close of every function fails once, alone: the documented
-// result comes back, memory and files are given back, and nothing but good values is written.
+// result comes back, memory and files are given back, and nothing but good values is written. No
+// file that is opened on the way would be another program's, too.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -45,6 +46,7 @@ std::vector<int> resultsWithout(const Call& call, uint32_t kinds) {
     const Outcome outcome = run(call, scene);
     const State record = std::exchange(state, {});
     EXPECT_EQ(record.held, 0U);
+    EXPECT_EQ(record.inherited, 0);
     EXPECT_EQ(openFiles(), filesBefore);
     expectNothingWrong(call, good, outcome);
     if (!record.failed) return results;

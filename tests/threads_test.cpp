@@ -1,10 +1,15 @@
 // All functions at the same time on data of their own, under the thread sanitizer where the build
-// has it; and what a process shares is left alone.
+// has it; what a process shares is left alone; and how much stack a thread needs for them.
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <clocale>
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <thread>
 
 #include "support/calls.h"
@@ -38,6 +43,38 @@ TEST(Threads, CallAllFunctionsAtTheSameTime) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(processState(), before);
+}
+
+// How much of a painted stack a thread has touched that does `work`.
+std::size_t stackOf(const std::function<void()>& work) {
+  constexpr std::size_t kSize = 1 << 20;
+  constexpr unsigned char kPaint = 0xA7;
+  const std::unique_ptr<unsigned char[], void (*)(void*)> stack(
+      static_cast<unsigned char*>(std::aligned_alloc(4096, kSize)), std::free);
+  std::fill_n(stack.get(), kSize, kPaint);
+  pthread_attr_t attributes;
+  pthread_t thread;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstack(&attributes, stack.get(), kSize);
+  const auto run = [](void* given) -> void* { return (*static_cast<const std::function<void()>*>(given))(), nullptr; };
+  EXPECT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work)), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+  unsigned char* const end = stack.get() + kSize;
+  return static_cast<std::size_t>(end - std::find_if(stack.get(), end, [](auto byte) { return byte != kPaint; }));
+}
+
+TEST(Threads, NeedLittleStack) {
+#if !defined(__OPTIMIZE__) || defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "as this library is not built for hosts";
+#endif
+  const std::size_t ofThread = stackOf([] {});
+  for (const Call& call : kCalls) {
+    Scene scene;
+    std::vector<unsigned char> memory(call.memorySize, kUntouched);
+    const std::size_t size = stackOf([&] { call.function(scene, {memory.data()}); }) - ofThread;
+    EXPECT_LT(size, 32768U) << call.name;
+  }
 }
 
 }  // namespace

@@ -75,8 +75,9 @@ class Window {
   std::size_t current_ = kLarge;
   uint32_t fills_ = 0;
   std::array<Pane, 2> panes_;
-  // Page-aligned: a copy into memory a few bytes past a page start is several times slower.
-  alignas(kPage) std::array<uint8_t, kLargeSize + kSmallSize> bytes_;
+  // A copy to a few bytes past a page start is several times slower than one to the start or to
+  // some hundred bytes past it; a whole page would cost a page of the caller's stack.
+  alignas(512) std::array<uint8_t, kLargeSize + kSmallSize> bytes_;
 };
 
 // Numbers read one after the other from a window.

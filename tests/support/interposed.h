@@ -2,8 +2,10 @@
 // fail. The program is linked with --wrap for each; included once a program.
 #pragma once
 
+#include <fcntl.h>
 #include <malloc.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -23,6 +25,7 @@ struct State {
   uint64_t held = 0;   // bytes of memory not given back
   uint64_t peak = 0;   // the most at a time
   uint64_t steps = 0;  // basic blocks, and bytes that searches passed over
+  int inherited = 0;   // files opened that a program started meanwhile would have, too
 };
 inline State state;
 
@@ -35,6 +38,10 @@ inline void* hold(void* memory) {
   state.held += malloc_usable_size(memory);
   state.peak = std::max(state.peak, state.held);
   return memory;
+}
+
+inline void noteOpened(int descriptor) {
+  if (descriptor >= 0 && (::fcntl(descriptor, F_GETFD) & FD_CLOEXEC) == 0) ++state.inherited;
 }
 
 }  // namespace interposed
@@ -64,7 +71,31 @@ void __wrap_free(void* memory) {
 // A file that is opened needs memory, too.
 FILE* __real_fopen(const char*, const char*);
 FILE* __wrap_fopen(const char* path, const char* mode) {
-  return interposed::fails(interposed::kMemory) ? nullptr : __real_fopen(path, mode);
+  if (interposed::fails(interposed::kMemory)) return nullptr;
+  FILE* const file = __real_fopen(path, mode);
+  if (file != nullptr) interposed::noteOpened(::fileno(file));
+  return file;
+}
+
+int __real_open(const char*, int, ...);
+int __wrap_open(const char* path, int flags, ...) {
+  if (interposed::fails(interposed::kMemory)) return -1;
+  const int descriptor = __real_open(path, flags);
+  interposed::noteOpened(descriptor);
+  return descriptor;
+}
+
+ssize_t __real_pread(int, void*, size_t, off_t);
+ssize_t __wrap_pread(int descriptor, void* to, size_t size, off_t offset) {
+  const ssize_t done = interposed::fails(interposed::kRead) ? -1 : __real_pread(descriptor, to, size, offset);
+  ++interposed::state.reads;
+  interposed::state.bytesRead += static_cast<uint64_t>(std::max<ssize_t>(done, 0));
+  return done;
+}
+
+off_t __real_lseek(int, off_t, int);
+off_t __wrap_lseek(int descriptor, off_t offset, int whence) {
+  return interposed::fails(interposed::kRead) ? -1 : __real_lseek(descriptor, offset, whence);
 }
 
 size_t __real_fread(void*, size_t, size_t, FILE*);
@@ -90,6 +121,9 @@ int __wrap_fseeko(FILE* file, off_t offset, int whence) {
 
 int __real_fclose(FILE*);
 int __wrap_fclose(FILE* file) { return __real_fclose(file) | (interposed::fails(interposed::kWrite) ? EOF : 0); }
+
+int __real_close(int);
+int __wrap_close(int descriptor) { return __real_close(descriptor) | (interposed::fails(interposed::kWrite) ? -1 : 0); }
 
 const void* __real_memchr(const void*, int, size_t);
 const void* __wrap_memchr(const void* from, int byte, size_t size) {
