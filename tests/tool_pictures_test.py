@@ -239,15 +239,47 @@ class ToolPictures(ToolTest):
             for line in ["tiff in out.tif", "hdr in"]:
                 self.bad("in: ", line)
 
+    def check_brightness(self, name, values, black, not_finite, line="hdr --json "):
+        found, low, high = json.loads(self.good(line + name)), min(values), max(values)
+        stops = [math.frexp(v)[1] - 1 for v in values]
+        wanted = {"file": name, "minimum": low, "maximum": high, "mean": sum(values) / len(values),
+                  "stops": math.log2(high / low), "black": black, "notFinite": not_finite, "firstStop": min(stops),
+                  "pixelsOfStops": [stops.count(n) for n in range(min(stops), max(stops) + 1)]}
+        for key, value in wanted.items():
+            (self.assertAlmostEqual if key == "stops" else self.assertEqual)(
+                *([floats([found[key], value][i:i + 1]) for i in (0, 1)] if key in ("minimum", "maximum", "mean") else
+                  [found[key], value]))
+        return wanted
+
     def test_brightness_of_a_picture(self):
-        values = [(19 * r + 183 * g + 54 * b >> 8) * 2.0 ** (e - 136) for row in ROWS for r, g, b, e in row if e]
-        low, high = min(filter(None, values)), max(values)
-        self.files(planes=PLANES, black=radiance([bytes(4 * W * H)]))
-        found = json.loads(self.good("hdr --json planes")).values()
-        wanted = [W, H, low, high, sum(values) / len(values), math.log2(high / low)]
-        self.assertEqual(floats([*found][1:]), floats(wanted))
-        self.assertIsNone(json.loads(self.good("hdr --json black"))["stops"])
-        self.assertIn("black", self.good("hdr black"))
+        values = [(19 * r + 183 * g + 54 * b >> 8) * 2.0 ** (e - 136) * (e > 0) for row in ROWS for r, g, b, e in row]
+        black = values.count(0)
+        self.files(planes=PLANES, dark=radiance([bytes(4 * W * H)]), ints=COLOR)
+        self.check_brightness("planes", [v for v in values if v], black, 0)
+        numbers = [0.0, -3.0, 1.0, 0.25, 1e-40, 3.0, 65504.0, float("inf"), float("nan")] + 60 * [0.26]
+        shown = struct.unpack("<65f", floats([v for v in numbers if 0 < v < 1e30]))
+        self.files(pfm=pfm(numbers, "<"), exr=exr([[(0.5, 2.0, 8.0), (4.0, 4.0, 4.0), (0.5, -0.5, 0.0)]]))
+        self.check_brightness("pfm", shown, 2, 2)
+        weighed = self.check_brightness("exr", [(19 * 0.5 + 183 * 2 + 54 * 8) / 256, 4.0], 1, 0)
+        self.good("tiff exr exr.tif")
+        self.assertEqual(self.check_brightness("exr.tif", [(19 * 0.5 + 183 * 2 + 54 * 8) / 256, 4.0], 1, 0)["stops"],
+                         weighed["stops"])
+        self.bad("integers", "hdr ints")
+        dark = json.loads(self.good("hdr --json dark"))
+        self.assertEqual((dark["stops"], dark["black"], dark["pixelsOfStops"]), (None, W * H, []))
+        self.assertIn("All pixels are black", self.good("hdr dark --plot dark.png"))
+        told = self.good("hdr pfm --plot plot.png").splitlines()
+        self.assertEqual([line for line in told[8:] if "0.00 %" not in line], [  # the brightest stop first
+            "  Stop  Brightness    Pixels", "   +15   3.277e+04    1.45 % #", "   ...", "    +1           2    1.45 % #",
+            "    +0           1    1.45 % #", "    -2        0.25   88.41 % " + 44 * "#", "   ...",
+            "  -133   9.184e-41    1.45 % #", "  black               2.90 %"])
+        # The bars of the plot, in the middle of each stop's column, as long as they should be.
+        wanted = json.loads(self.good("hdr --json pfm"))["pixelsOfStops"]
+        columns = convert((self.dir / "plot.png").read_bytes(), "-depth 8 rgb:-")
+        for i, count in enumerate(wanted):
+            x = 90 + 840 * (2 * i + 1) // (2 * len(wanted))
+            blue = sum(columns[3 * (y * 960 + x):][:3] == bytes([46, 98, 148]) for y in range(540))
+            self.assertLessEqual(abs(blue - max(count > 0, round(400 * count / len(numbers)))), 1, (i, count))
 
 if __name__ == "__main__":
     unittest.main()

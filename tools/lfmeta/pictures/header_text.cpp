@@ -26,7 +26,7 @@ unsigned char TextReader::byte() {
 }
 
 void TextReader::bytes(std::span<unsigned char> out) {
-  if (std::fread(out.data(), 1, out.size(), stream_) != out.size()) {
+  if (fread_unlocked(out.data(), 1, out.size(), stream_) != out.size()) {
     throw std::runtime_error("ends before its pixels do");
   }
 }

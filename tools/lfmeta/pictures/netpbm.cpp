@@ -70,7 +70,8 @@ void storeScaled(Image& image, std::size_t index, uint32_t value, uint32_t maxim
     throw std::runtime_error("has a sample above the maximum that its header names");
   }
   const uint32_t full = image.sample == Sample::integer8 ? 0xFF : 0xFFFF;
-  const auto scaled = static_cast<uint16_t>((value * full + maximum / 2) / maximum);
+  const auto scaled =
+      static_cast<uint16_t>(maximum == full ? value : (value * full + maximum / 2) / maximum);
   if (image.sample == Sample::integer8) {
     image.pixels[index] = static_cast<unsigned char>(scaled);
   } else {

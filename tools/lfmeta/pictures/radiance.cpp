@@ -77,20 +77,21 @@ void RadianceReader::readPixels(std::span<unsigned char> planes, Pixel pixel) {
   Pixel last{};
   unsigned int shift = 0;
   for (std::size_t x = 0; x < width_;) {
-    std::size_t count = 1;
-    const bool repeats = pixel[0] == 1 && pixel[1] == 1 && pixel[2] == 1;
-    if (repeats) {
-      count = shift < 32 ? std::size_t{pixel[3]} << shift : width_;
-      shift += 8;
-    } else {
+    if (pixel[0] != 1 || pixel[1] != 1 || pixel[2] != 1) {
       last = pixel;
       shift = 0;
+      for (std::size_t plane = 0; plane < kPlanes; ++plane)
+        planes[plane * width_ + x] = pixel[plane];
+      ++x;
+    } else {
+      const std::size_t count = shift < 32 ? std::size_t{pixel[3]} << shift : width_;
+      if (count > width_ - x || x == 0) refuse("has a damaged run-length scanline");
+      for (std::size_t plane = 0; plane < kPlanes; ++plane) {
+        std::memset(&planes[plane * width_ + x], last[plane], count);
+      }
+      shift += 8;
+      x += count;
     }
-    if (count > width_ - x || (repeats && x == 0)) refuse("has a damaged run-length scanline");
-    for (std::size_t plane = 0; plane < kPlanes; ++plane) {
-      std::memset(&planes[plane * width_ + x], last[plane], count);
-    }
-    x += count;
     if (x < width_) text_.bytes(pixel);
   }
 }
@@ -120,15 +121,18 @@ Image readRadiancePlanes(const PictureFile& file) {
   return image;
 }
 
-float radianceUnit(unsigned char exponent) {
-  constexpr int kExponentOfOne = 128 + 8;                                  // of a mantissa of 1
-  return exponent == 0 ? 0 : std::ldexp(1.0F, exponent - kExponentOfOne);  // 0 is black
+bool isRadiance(const PictureFile& file) {
+  std::array<char, 2> start{};
+  const std::size_t count = std::fread(start.data(), 1, start.size(), file.stream);
+  std::rewind(file.stream);
+  return count == start.size() && start[0] == '#' && start[1] == '?';
 }
 
 Image decodeRadiance(const PictureFile& file) {
-  std::array<float, 256> units{};
-  for (std::size_t i = 0; i < units.size(); ++i) {
-    units[i] = radianceUnit(static_cast<unsigned char>(i));
+  constexpr int kExponentOfOne = 128 + 8;  // of a mantissa of 1
+  std::array<float, 256> units{};          // an exponent of 0 is black
+  for (int exponent = 1; exponent < 256; ++exponent) {
+    units[static_cast<std::size_t>(exponent)] = std::ldexp(1.0F, exponent - kExponentOfOne);
   }
   RadianceReader reader(file.stream);
   const std::size_t width = reader.width();

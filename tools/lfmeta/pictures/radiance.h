@@ -35,10 +35,10 @@ class RadianceReader {
   int orientation_ = 0;
 };
 
+// Whether the file begins as one; it is left at its start.
+bool isRadiance(const PictureFile& file);
+
 // The whole picture, its scanlines in the form of readScanline: four channels of 8 bits.
 Image readRadiancePlanes(const PictureFile& file);
-
-// The factor of the mantissas that an exponent stands for.
-float radianceUnit(unsigned char exponent);
 
 }  // namespace lfmeta
