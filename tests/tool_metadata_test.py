@@ -88,7 +88,10 @@ class ToolMetadata(ToolTest):
         told = self.exiftool("photo.jpg", TAGS + "-Keywords")
         self.assertEqual(self.exiftool("in.tif", TAGS + "-Keywords -XResolution"),
                          {**told, "Keywords": told["Keywords"] + ["one", "two"], "XResolution": 240})
-        self.assertEqual(*[self.run_line("exiftool -b -XMP " + name)[1] for name in ("photo.jpg", "in.tif")])
+        packets = [self.run_line("exiftool -b -XMP " + name)[1] for name in ("photo.jpg", "in.tif")]
+        made = packets[1].replace(b"</rdf:Description>\n\n<rdf:Description rdf:about=''\nxmlns:tiff='http://ns.adobe.com/"
+                                  b"tiff/1.0/'>\n<tiff:Make>Alpenglow</tiff:Make>\n", b"")
+        self.assertEqual(made, packets[0])
         self.assertEqual(self.run_line("tiffinfo in.tif")[0], 0)
         self.assertIn("Alpine RGB", self.good("icc in.tif"))
         self.good("tiff up up --force --method 4 --set Boost=3 --like photo.jpg --depth half")
@@ -105,6 +108,69 @@ class ToolMetadata(ToolTest):
                 ("no JPEG, TIFF or PSD", "tiff in up --like in")]:
             self.bad(expected, line)
         self.bad("65535", "tiff in up --keyword " + "x" * 65536, status=2)
+
+    def test_takes_all_that_a_photograph_says(self):
+        exif = {"Make": "Other", "Artist": "Zoë & <Co>", "Copyright": "(c) 2021", "ImageDescription": "an image",
+                "Orientation": 6, "Software": "Raw 2", "LensModel": "50 mm f/2", "LensInfo": "50 50 2 2",
+                "ExposureCompensation": -2 / 3, "Flash": 25, "DateTimeOriginal": "2021:06:05 07:14:59",
+                "SubSecTimeOriginal": "37", "OffsetTimeOriginal": "+02:00", "UserComment": "hello", "MeteringMode": 5,
+                "SerialNumber": "0042", "GPSImgDirection": 12.5, "GPSImgDirectionRef": "T", "XPTitle": "w",
+                "ExposureTime": 0.01, "Model": "M", "GPSLatitude": 1.5, "GPSLatitudeRef": "S"}
+        words = ["-EXIF:%s=%s" % item for item in exif.items()] + [
+            "-XMP-dc:Title=Lake", "-XMP:Rating=4", "-XMP-dc:Description=kept", "-IPTC:Keywords=lake"]
+        expected = {"Make": "Other", "Creator": "Zoë & <Co>", "Rights": "(c) 2021", "Description": "kept", "Rating": 4,
+                    "CreatorTool": "Raw 2", "LensModel": "50 mm f/2", "Lens": "50 mm f/2", "LensInfo": "50 50 2 2",
+                    "ExposureCompensation": -2 / 3, "FlashFired": True, "FlashMode": 3, "FlashReturn": 0,
+                    "DateTimeOriginal": "2021:06:05 07:14:59.37+02:00", "UserComment": "hello", "MeteringMode": 5,
+                    "SerialNumber": "0042", "GPSImgDirection": 12.5, "GPSImgDirectionRef": "T", "Title": "Lake",
+                    "FlashFunction": False, "FlashRedEyeMode": False, "XMPToolkit": "Image::ExifTool 12.57"}
+        for name in ["a.jpg", "a.tif", "a.psd", "bare.jpg", "turned.jpg"]:
+            self.run_line("convert -size 8x8 xc:red -strip " + name)
+        for name in ["a.jpg", "a.tif", "a.psd"]:
+            status, _, err = run("exiftool", "-q", "-overwrite_original", "-n", *words, name, cwd=self.dir)
+            self.assertEqual(status, 0, err)
+            _, _, err = run(LFMETA, *("tiff in %s.tif --like %s --keyword zürich --keyword x" % (name, name)).split(),
+                            cwd=self.dir)
+            self.assertEqual(err, "lfmeta: %s: not taken: Windows title\n" % name)
+            told = self.exiftool(name + ".tif", "-n -XMP:all")
+            self.assertAlmostEqual(told.pop("ExposureCompensation"), expected["ExposureCompensation"], 4)
+            self.assertEqual({**told, "ExposureCompensation": -2 / 3, "XMPToolkit": expected["XMPToolkit"]}, expected)
+            self.assertEqual(
+                self.exiftool(name + ".tif", "-IFD0:Orientation# -Keywords -CodedCharacterSet -EXIF:GPSLatitude#"),
+                {"Orientation": 6, "Keywords": ["lake", "zürich", "x"], "CodedCharacterSet": "UTF8", "GPSLatitude": 1.5})
+        self.run_line("exiftool -q -overwrite_original -n -Orientation=3 -EXIF:Artist=me turned.jpg")
+        self.good("tiff turned.jpg new.tif --like turned.jpg --method 14")
+        told = self.exiftool("new.tif", "-n -IFD0:Orientation -XMP:Creator -XMP:Method")
+        self.assertEqual(told, {"Orientation": 3, "Creator": "me", "Method": "Average"})
+        run(LFMETA, *"tiff in other.tif --like a.jpg --method 13".split(), cwd=self.dir)
+        told = self.exiftool("other.tif", "-n -XMP:Title -XMP:Method")
+        self.assertEqual(told, {"Title": "Lake", "Method": "Fusion/2 images"})
+        self.good("tiff in old.tif --like photo.jpg --method 2")  # other settings than the photograph's
+        self.assertEqual(self.good("settings count old.tif"), "1\n")
+
+    def test_announces_the_character_set_of_keywords(self):
+        def iptc(*datasets):
+            return b"".join(b"\x1c" + bytes(where) + struct.pack(">H", len(data)) + data for where, data in datasets)
+        utf8, keyword, version = ((1, 90), b"\x1b%G"), ((2, 25), "zürich".encode()), ((2, 0), b"\0\2")
+        for i, (present, word, expected) in enumerate([
+                ([], "zürich", [utf8, version, keyword]),
+                ([((1, 0), b"\0\4"), version], "zürich", [((1, 0), b"\0\4"), utf8, version, keyword]),
+                ([utf8, version], "zürich", [utf8, version, keyword]),
+                ([version, ((2, 5), "ü".encode())], "zürich", [utf8, version, ((2, 5), "ü".encode()), keyword]),
+                ([version, ((2, 5), b"\xfc")], "a", [version, ((2, 5), b"\xfc"), ((2, 25), b"a")]),
+                ([version, ((2, 5), b"\xfc")], "zürich", None), ([((1, 90), b"\x1b.A"), version], "zürich", None)]):
+            block = iptc(*present)
+            self.files(iptc=block)
+            self.run_line("convert -size 1x1 xc:red a.tif")
+            if present:
+                self.run_line("exiftool -q -overwrite_original '-IPTC<=iptc' a.tif")
+            line = "tiff in %d.tif --like a.tif --keyword %s" % (i, word)
+            if expected is None:
+                self.bad("another character set", line)
+                continue
+            self.good(line)
+            self.assertIn(iptc(*expected), (self.dir / ("%d.tif" % i)).read_bytes())
+        self.assertEqual(run(LFMETA, "tiff", "in", "new.tif", "--keyword", b"\xfc", cwd=self.dir)[0], 2)
 
     def test_keywords_alone_and_the_exposure_of_a_description(self):
         self.good("tiff in in --force --keyword abcd --keyword efghijk")

@@ -19,7 +19,7 @@ COLOR = pnm(b"P6", RGB)
 
 
 def run(*words, **more):
-    done = subprocess.run([str(word) for word in words], capture_output=True, **more)
+    done = subprocess.run([word if isinstance(word, bytes) else str(word) for word in words], capture_output=True, **more)
     return done.returncode, done.stdout, done.stderr.decode()
 
 

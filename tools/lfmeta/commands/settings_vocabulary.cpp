@@ -19,13 +19,6 @@ namespace {
 constexpr int kMostWords = 5;  // words of one element are numbered from 0
 constexpr std::string_view kPrefix = "<lfst:";
 
-std::string settingsBlock(int method, const float* params) {
-  const int size = embed_xmp(0, method + LUMENFORGE_WITHOUT_WRAPPER, params, 0, nullptr, nullptr);
-  std::string block(static_cast<std::size_t>(size), '\0');
-  embed_xmp(1, method + LUMENFORGE_WITHOUT_WRAPPER, params, 0, nullptr, block.data());
-  return block;
-}
-
 std::string trimmed(std::string_view text) {
   const std::size_t first = text.find_first_not_of(' ');
   if (first == std::string_view::npos) return {};
@@ -107,6 +100,13 @@ std::string expectedText(int method, const float* params, const std::string& ele
 }
 
 }  // namespace
+
+std::string settingsBlock(int method, const float* params, int setNumber) {
+  const int size = embed_xmp(0, method + LUMENFORGE_WITHOUT_WRAPPER, params, 0, nullptr, nullptr);
+  std::string block(static_cast<std::size_t>(size), '\0');
+  embed_xmp(setNumber, method + LUMENFORGE_WITHOUT_WRAPPER, params, 0, nullptr, block.data());
+  return block;
+}
 
 std::vector<Method> namedMethods() {
   std::vector<Method> methods;

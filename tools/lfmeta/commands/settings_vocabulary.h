@@ -27,6 +27,9 @@ std::vector<Method> namedMethods();
 // exist.
 Method findMethod(const std::string& nameOrNumber);
 
+// The rdf:Description element of the settings, as the library writes it for this set's number.
+std::string settingsBlock(int method, const float* params, int setNumber = 1);
+
 std::vector<Setting> settingsOf(int method, const float* params);
 // The numbers that the text consists of, one or several with commas between; none for other texts.
 // They may be infinite or not a number.

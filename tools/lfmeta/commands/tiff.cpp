@@ -79,6 +79,7 @@ int writeTiff(const Options& options) {
                    options.metadata.profile.value_or(options.picture.in));
   }
   file.commit();
+  if (!with.notTaken.empty()) printFailure(*options.metadata.photo, "not taken: " + with.notTaken);
   return kSuccess;
 }
 

@@ -1,26 +1,101 @@
 #include "photos/finished_metadata.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <memory>
+
 #include "base/failure.h"
+#include "commands/settings_vocabulary.h"
+#include "photos/carried_properties.h"
+#include "photos/iptc_keywords.h"
+#include "photos/packet_edit.h"
+#include "photos/photo_blocks.h"
 #include "photos/photo_source.h"
 
 namespace lfmeta {
 
 namespace {
 
-void addKeywords(const FinishedMetadataOptions& options, Bytes& iptc) {
-  constexpr std::size_t kMostAdded = 12;  // a new block's first dataset and the keyword's header
-  for (const std::string& keyword : options.keywords) {
-    Bytes longer(iptc.size() + kMostAdded + keyword.size());
-    const int result = add_iptc_keyword(
-        static_cast<int>(iptc.size()), iptc.data(), static_cast<int>(keyword.size()),
-        reinterpret_cast<const unsigned char*>(keyword.data()), longer.data());
-    if (result == -2) throw UsageFailure("--keyword", "takes at most 65535 bytes");
-    if (result < 0) {
-      throw Failure(*options.photo, "has a damaged IPTC block; no keyword can be added to it");
+// Where the library's reading does not come to it: in a PSD, and in a JPEG without EXIF data.
+Bytes iptcBeside(const std::string& path, const PhotoBlocks& blocks) {
+  Bytes block;
+  if (blocks.iptc) block = readRegion(path, blocks.iptc->offset, blocks.iptc->size);
+  if (blocks.photoshop) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"),
+                                                               &std::fclose);
+    ExifInfo info{};
+    if (file && fseeko(file.get(), static_cast<off_t>(blocks.photoshop->offset), SEEK_SET) == 0) {
+      parse_photoshop_data(file.get(), static_cast<int>(blocks.photoshop->size), &info);
     }
-    longer.resize(longer.size() - (iptc.empty() ? 0 : 7));
-    iptc = std::move(longer);
+    block = readRegion(path, info.iptcOffset, info.iptcLength);
   }
+  return !block.empty() && block.front() == 0x1C ? block : Bytes();
+}
+
+std::string makeOf(const MetadataBuf& meta, const GpsBuf& gps) {
+  std::array<char, 64> make{};
+  std::array<int, 9> n{};
+  get_exif_count(&meta, &n[0], &n[1], &gps, &n[2], &n[3], &n[4], &n[5], &n[6], &n[7], &n[8],
+                 make.data());
+  return make.data();
+}
+
+void addNote(std::string& notes, const std::string& note) {
+  if (!note.empty()) notes += (notes.empty() ? "" : ", ") + note;
+}
+
+// The settings asked for take the place of those in the packet.
+void putSettings(FinishedMetadata& finished) {
+  if (finished.method == 0) return;
+  auto outline = outlineOf(finished.xmp);
+  std::vector<SettingsSet> sets = settingsSets(*outline);
+  std::reverse(sets.begin(), sets.end());
+  for (const SettingsSet& set : sets) {
+    removeSettings(finished.xmp, outline->descriptions[set.description]);
+  }
+  outline = outlineOf(finished.xmp);
+  insertFirst(finished.xmp, *outline, settingsBlock(finished.method, finished.settings));
+  finished.method = 0;
+}
+
+// The photograph's packet, whole, with what its EXIF data says beyond the finished file's.
+void takePacket(const std::string& path, const PhotoBlocks& blocks, FinishedMetadata& finished) {
+  const Bytes given = readPacket(path, blocks);
+  Bytes packet = given.empty() ? newPacket() : given;
+  if (blocks.hasExtendedXmp) addNote(finished.notTaken, "the extended part of its XMP");
+  const auto outline = outlineOf(packet);
+  if (!outline) {
+    if (finished.method > 0) {
+      addNote(finished.notTaken, "its XMP packet, which is no well-formed XML");
+    } else {
+      finished.xmp = given;
+    }
+    return;
+  }
+  if (blocks.exif) {
+    const CarriedProperties carried =
+        carryExif(path, *blocks.exif, *outline, makeOf(finished.meta, finished.gps));
+    addNote(finished.notTaken, carried.notTaken);
+    if (!carried.description.empty()) insertLast(packet, *outline, carried.description);
+  }
+  if (given.empty() && outlineOf(packet)->descriptions.empty()) return;
+  finished.xmp = std::move(packet);
+  putSettings(finished);
+}
+
+void takeFrom(const std::string& path, FinishedMetadata& finished) {
+  PhotoSource source = readPhotoSource(path);
+  exportRecords(source.info, finished.meta, finished.gps);
+  finished.orientation = static_cast<int>(source.info.orientation);
+  const auto type = findPhotoType(path);
+  const PhotoBlocks blocks = type ? findBlocks(path, *type) : PhotoBlocks{};
+  finished.iptc = source.iptc.empty() ? iptcBeside(path, blocks) : std::move(source.iptc);
+  takePacket(path, blocks, finished);
+  if (finished.xmp.empty()) return;
+  // The packet is written as it is when it ends in NUL and there is no lens beside it to write.
+  finished.xmp.push_back('\0');
+  std::fill(std::begin(finished.meta.lens), std::end(finished.meta.lens), '\0');
 }
 
 }  // namespace
@@ -41,15 +116,8 @@ void FinishedMetadataOptions::addTo(CLI::App& command) {
 FinishedMetadata FinishedMetadataOptions::read() const {
   FinishedMetadata finished;
   finished.method = settings.read(finished.settings);
-  if (photo) {
-    PhotoSource source = readPhotoSource(*photo);
-    exportRecords(source.info, finished.meta, finished.gps);
-    finished.orientation = static_cast<int>(source.info.orientation);
-    finished.iptc = std::move(source.iptc);
-    // A packet that holds settings would win over the settings asked for.
-    if (finished.method == 0) finished.xmp = std::move(source.xmp);
-  }
-  addKeywords(*this, finished.iptc);
+  if (photo) takeFrom(*photo, finished);
+  addKeywords(keywords, photo.value_or("--keyword"), finished.iptc);
   if (profile) finished.profile = readProfile(*profile);
   return finished;
 }

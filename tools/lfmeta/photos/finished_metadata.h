@@ -23,6 +23,7 @@ struct FinishedMetadata {
   int method = 0;
   SettingsParams settings{};
   IccProfile profile;
+  std::string notTaken;  // of the photograph, for a person; empty when all is
 };
 
 // The options --like, --keyword, --icc, --method and --set.
