@@ -323,12 +323,16 @@ TEST(Jpeg, EndsEachPassInItsOwnWay) {
   const std::string leadsAstray = directory(kBig.directory(0, {kBig.shortEntry(0x112, 6)}, 70000));
   const std::string cutShort = directory(u16(999) + kBig.directory(0, {kBig.shortEntry(0x112, 6)}).substr(2));
   const auto blockAt = [](std::size_t size) { return told(" orientation=6 iptc=2 iptcAt=", size + 32); };
-  expectEach([](const std::string& segments, auto) { return readFile(kSoi + segments, 1); },
-             {{"1", {exif + segment(0xED, "") + kEoi, exif + segment(0xED, "Adobe_CM") + kEoi}},
-              {"-2", {segment(0xE1, "ABCD") + kEoi, exif.substr(0, 10)}},
-              {"1" + blockAt(leadsAstray.size()), {leadsAstray + block + kEoi}},
-              {"-1" + blockAt(cutShort.size()), {cutShort + block + kEoi}},
-              {"-10 orientation=6", {cutShort + "x"}}});
+  expectEach(
+      [](const std::string& segments, auto) { return readFile(kSoi + segments, 1); },
+      {{"1",
+        {exif + segment(0xED, "") + kEoi, exif + segment(0xED, "Adobe_CM") + kEoi,
+         // A thumbnail beyond 4 GiB, counted from the TIFF header.
+         exifSegment(kBig.file(kBig.entries("100=l1"), {}, {}, kBig.entries("201=l4294967295; 202=l9"))) + kEoi}},
+       {"-2", {segment(0xE1, "ABCD") + kEoi, exif.substr(0, 10)}},
+       {"1" + blockAt(leadsAstray.size()), {leadsAstray + block + kEoi}},
+       {"-1" + blockAt(cutShort.size()), {cutShort + block + kEoi}},
+       {"-10 orientation=6", {cutShort + "x"}}});
   EXPECT_EQ(readFile("\xFF\xD9" + exif + kEoi, 1), "-1");
   // The packet's text ends 31 bytes behind its segment, no sooner.
   EXPECT_EQ(readFile(kSoi + exif + xmp + std::string(30, ' '), 1), "-10");

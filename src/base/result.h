@@ -8,6 +8,5 @@ inline constexpr int kCannotRead = -1;
 inline constexpr int kWrongSignature = -2;
 inline constexpr int kUnsupported = -3;
 inline constexpr int kNoMemory = -4;
-inline constexpr int kNoMarker = -10;  // a JPEG marker segment that does not begin with FF
 
 }  // namespace lumenforge

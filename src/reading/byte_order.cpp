@@ -1,5 +1,5 @@
 // The byte-order readers on a C stream, as the host may call them. The library's own parsers read
-// through base/window.h, which sees the end of the file; here it enters the arithmetic as EOF.
+// through base/window.h and load with base/bytes.h; here the end of the file is a byte, too: EOF.
 #include "LumenforgeMetaLib.h"
 #include "format/tiff.h"
 

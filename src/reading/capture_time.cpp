@@ -1,6 +1,5 @@
 // An EXIF date text (EXIF 2.3, DateTimeOriginal) -> seconds from it to a reference time.
 #include <charconv>
-#include <cstring>
 #include <ctime>
 #include <iterator>
 #include <optional>
@@ -10,6 +9,8 @@
 #include "base/result.h"
 
 namespace {
+
+constexpr int kNoTime = -1;
 
 void skipBlanks(std::string_view& text) {
   const std::size_t blanks = text.find_first_not_of(" \t\n\v\f\r");
@@ -52,9 +53,9 @@ std::optional<std::tm> parseDate(std::string_view text) {
 
 int time_from_datetime(const char* text, time_t reference, float* seconds) {
   auto date = parseDate(text);
-  if (!date) return lumenforge::kCannotRead;
+  if (!date) return kNoTime;
   const std::time_t time = std::mktime(&*date);
-  if (time <= 0) return lumenforge::kCannotRead;
+  if (time <= 0) return kNoTime;
   *seconds = static_cast<float>(std::difftime(reference, time));
   return lumenforge::kOk;
 }

@@ -5,8 +5,8 @@
 namespace lumenforge {
 
 DirectoryReader::DirectoryReader(Window& window, uint64_t offset, const TiffFrame& frame,
-                                 WorkBudget& budget)
-    : window_(&window), frame_(frame), budget_(&budget), start_(offset + 2) {
+                                 uint32_t& entriesLeft)
+    : window_(&window), frame_(frame), entriesLeft_(&entriesLeft), start_(offset + 2) {
   count_ = Cursor(window, offset, frame.order).read16();
 }
 
@@ -15,12 +15,12 @@ uint64_t DirectoryReader::offset() const {
 }
 
 std::optional<DirectoryEntry> DirectoryReader::next() {
-  if (!count_.has_value() || done_ == *count_ || budget_->entries == 0) return std::nullopt;
+  if (!count_.has_value() || done_ == *count_ || *entriesLeft_ == 0) return std::nullopt;
   if (chunkBegin_ == chunkEnd_ && !loadChunk()) return std::nullopt;
   const DirectoryEntry entry = decode(chunk_.data() + chunkBegin_);
   chunkBegin_ += kEntrySize;
   ++done_;
-  --budget_->entries;
+  --*entriesLeft_;
   return entry;
 }
 

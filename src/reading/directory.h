@@ -12,12 +12,9 @@
 
 namespace lumenforge {
 
-// What one call may read in all, however directories point at one another. Past it a walk ends as
-// at the end of the file. No real file comes near.
-struct WorkBudget {
-  uint32_t entries = 5 * 65535;
-  uint32_t photoshopBlocks = 16;
-};
+// What one call may read in all, however directories point at one another. Past it directories end
+// as at the end of the file. No real file comes near.
+inline constexpr uint32_t kMostEntries = 5 * 65535;
 
 // Where a TIFF structure lies: its offsets count from `base`.
 struct TiffFrame {
@@ -38,12 +35,12 @@ struct DirectoryEntry {
 
 class DirectoryReader {
  public:
-  DirectoryReader(Window& window, uint64_t offset, const TiffFrame& frame, WorkBudget& budget);
+  DirectoryReader(Window& window, uint64_t offset, const TiffFrame& frame, uint32_t& entriesLeft);
 
   // Entries announced by the directory; none where the file ends before the number.
   std::optional<uint16_t> count() const { return count_; }
 
-  // The next entry; none after the last, or where the file or the budget ends first.
+  // The next entry; none after the last, or where the file or the entries left end first.
   std::optional<DirectoryEntry> next();
 
   // Whether every entry announced has been read.
@@ -60,7 +57,7 @@ class DirectoryReader {
 
   Window* window_;
   TiffFrame frame_;
-  WorkBudget* budget_;
+  uint32_t* entriesLeft_;
   uint64_t start_;  // of the first entry
   std::optional<uint16_t> count_;
   uint32_t done_ = 0;

@@ -1,24 +1,43 @@
-// A file's path and container type -> ExifInfo: which container, then the walk. And the walk's
-// start in a host's own stream.
+// A file's path and container type -> ExifInfo, and the records that the host keeps of it.
+#include <cstdio>
 #include <cstring>
 
 #include "base/file.h"
 #include "base/result.h"
-#include "reading/walk.h"
+#include "reading/jpeg_segments.h"
+#include "reading/psd_resources.h"
+#include "reading/tiff_directories.h"
 
 namespace lumenforge {
+namespace {
 
-int readFromStream(std::FILE* stream, int byteOrder, int base, ExifInfo& info,
-                   void (*read)(Walk&, const TiffFrame&, uint64_t)) {
-  if (const auto start = positionOf(stream)) {
-    Window window(stream, *start);
-    Walk walk{window, info};
-    // A negative base wraps, and so does the sum of base and value: the sum is what counts.
-    read(walk, {static_cast<uint64_t>(int64_t{base}), byteOrderOfMark(byteOrder)}, *start);
+int readContainer(Reading& reading) {
+  switch (reading.fileType) {
+    case LUMENFORGE_JPEG:
+      return readJpeg(reading);
+    case LUMENFORGE_PSD:
+      return readPsd(reading);
+    default:
+      return readTiffStructure(reading, 0, 0);
   }
-  return kOk;
 }
 
+struct Outcome {
+  int result = kCannotRead;
+  const char* message = nullptr;
+};
+
+Outcome readFile(const char* path, int fileType, ExifInfo& info) {
+  const InputFile file(path);
+  if (!file.isOpen()) return {};
+  const bool isJpeg = fileType == LUMENFORGE_JPEG;
+  Window window(file, isJpeg ? Window::Start::metadata : Window::Start::header);
+  Reading reading{window, info, fileType};
+  const int result = readContainer(reading);
+  return {result == kOk && reading.damaged ? kCannotRead : result, reading.message};
+}
+
+}  // namespace
 }  // namespace lumenforge
 
 int init_exifInfo(ExifInfo* info) {
@@ -26,30 +45,17 @@ int init_exifInfo(ExifInfo* info) {
   return 0;
 }
 
-namespace lumenforge {
-namespace {
-
-int readContainer(Walk& walk) {
-  switch (walk.fileType) {
-    case kJpegFile:
-      return readJpeg(walk);
-    case kPsdFile:
-      return readPsd(walk);
-    default:
-      return readTiffStructure(walk, 0, 0);
-  }
+int getExifData(const char* path, int fileType, ExifInfo* info) {
+  init_exifInfo(info);
+  const auto [result, message] = lumenforge::readFile(path, fileType, *info);
+  // Written with no file open: where the host has closed its standard error, a file that is opened
+  // takes its place.
+  if (message != nullptr) std::fputs(message, stderr);
+  return result;
 }
 
-}  // namespace
-}  // namespace lumenforge
-
-int getExifData(const char* path, int fileType, ExifInfo* info) {
-  using namespace lumenforge;
-  init_exifInfo(info);
-  const InputFile file(path);
-  if (!file.isOpen()) return kCannotRead;
-  Window window(file, fileType == kJpegFile ? Window::Start::metadata : Window::Start::header);
-  Walk walk{window, *info, fileType};
-  const int result = readContainer(walk);
-  return result == kOk && walk.damaged ? kCannotRead : result;
+int get_exif_data(char* path, int fileType, MetadataBuf* buf, GpsBuf* gps) {
+  ExifInfo info;
+  getExifData(path, fileType, &info);  // a file that cannot be read gives an empty record
+  return metadataBufFromExifInfo(&info, buf, gps);
 }

@@ -2,10 +2,12 @@
 //
 // No entry's type is checked. A fraction is two 32-bit numbers at the entry's target, taken as
 // signed whatever the type says: hosts rely on the values that follow from it.
+#include "reading/exif_directory.h"
+
 #include <cmath>
 #include <optional>
 
-#include "reading/walk.h"
+#include "reading/host_stream.h"
 
 namespace lumenforge {
 namespace {
@@ -18,8 +20,8 @@ struct Fraction {
   float quotient() const { return static_cast<float>(numerator) / static_cast<float>(denominator); }
 };
 
-std::optional<Fraction> readFraction(Walk& walk, const TiffFrame& frame, uint64_t offset) {
-  const uint8_t* bytes = walk.window.view(offset, 8);
+std::optional<Fraction> readFraction(Reading& reading, const TiffFrame& frame, uint64_t offset) {
+  const uint8_t* bytes = reading.window.view(offset, 8);
   if (bytes == nullptr) return std::nullopt;
   return Fraction{static_cast<int32_t>(load32(bytes, frame.order)),
                   static_cast<int32_t>(load32(bytes + 4, frame.order))};
@@ -47,10 +49,10 @@ void setQuotient(const std::optional<Fraction>& fraction, float& field) {
 }
 
 // The fallbacks test their field as it stands when their entry comes: order matters.
-void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry,
+void takeEntry(Reading& reading, const TiffFrame& frame, const DirectoryEntry& entry,
                float& shutterExposure) {
-  ExifInfo& info = walk.info;
-  const auto fraction = [&] { return readFraction(walk, frame, entry.target); };
+  ExifInfo& info = reading.info;
+  const auto fraction = [&] { return readFraction(reading, frame, entry.target); };
   switch (entry.tag) {
     case Tag::exposureTime:
       return setQuotient(fraction(), info.exposureTime);
@@ -70,7 +72,7 @@ void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry,
       info.focalLength35mm = entry.value;
       return;
     case Tag::dateTimeOriginal:
-      return readLine(walk.window, entry.target, info.dateTimeOriginal);
+      return readLine(reading.window, entry.target, info.dateTimeOriginal);
     case Tag::shutterSpeedValue:
       if (const auto speed = fraction()) shutterExposure = exposureOfShutterSpeed(*speed);
       return;
@@ -92,12 +94,12 @@ void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry,
 
 }  // namespace
 
-void readExifDirectory(Walk& walk, const TiffFrame& frame, uint64_t offset) {
+void readExifDirectory(Reading& reading, const TiffFrame& frame, uint64_t offset) {
   float shutterExposure = 0.0F;
-  DirectoryReader directory(walk.window, offset, frame, walk.budget);
-  while (const auto entry = directory.next()) takeEntry(walk, frame, *entry, shutterExposure);
-  if (walk.info.exposureTime == 0.0F && shutterExposure > 0.0F) {
-    walk.info.exposureTime = shutterExposure;
+  DirectoryReader directory(reading.window, offset, frame, reading.entriesLeft);
+  while (const auto entry = directory.next()) takeEntry(reading, frame, *entry, shutterExposure);
+  if (reading.info.exposureTime == 0.0F && shutterExposure > 0.0F) {
+    reading.info.exposureTime = shutterExposure;
   }
 }
 

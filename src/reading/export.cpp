@@ -60,9 +60,3 @@ int metadataBufFromExifInfo(const ExifInfo* info, MetadataBuf* buf, GpsBuf* gps)
   exportGps(*info, *gps);
   return buf->exposureTime[0];
 }
-
-int get_exif_data(char* path, int fileType, MetadataBuf* buf, GpsBuf* gps) {
-  ExifInfo info;
-  getExifData(path, fileType, &info);  // a file that cannot be read gives an empty record
-  return metadataBufFromExifInfo(&info, buf, gps);
-}

@@ -1,8 +1,10 @@
 // A GPS directory (EXIF 2.3) -> the GPS fields of ExifInfo, as they stand in the file.
+#include "reading/gps_directory.h"
+
 #include <algorithm>
 #include <span>
 
-#include "reading/walk.h"
+#include "reading/host_stream.h"
 
 namespace lumenforge {
 namespace {
@@ -10,29 +12,29 @@ namespace {
 constexpr int32_t kDateStampLength = 10;  // YYYY:MM:DD
 
 // Whole fractions only, from the front, as many as the file holds of `count`.
-void readFractions(Walk& walk, const TiffFrame& frame, uint64_t offset, int32_t count,
+void readFractions(Reading& reading, const TiffFrame& frame, uint64_t offset, int32_t count,
                    std::span<uint32_t> words) {
   const std::size_t wanted =
       count <= 0
           ? 0
           : std::min<std::size_t>(words.size(), std::size_t{2} * static_cast<uint32_t>(count));
   for (std::size_t i = 0; i < wanted; i += 2) {
-    const uint8_t* fraction = walk.window.view(offset + 4 * i, 8);
+    const uint8_t* fraction = reading.window.view(offset + 4 * i, 8);
     if (fraction == nullptr) return;
     words[i] = load32(fraction, frame.order);
     words[i + 1] = load32(fraction + 4, frame.order);
   }
 }
 
-void readDateStamp(Walk& walk, uint64_t offset, int32_t count) {
+void readDateStamp(Reading& reading, uint64_t offset, int32_t count) {
   if (count <= 5) return;
   const int32_t length = count > kDateStampLength ? kDateStampLength : count - 1;
-  readLine(walk.window, offset,
-           std::span(walk.info.gpsDateStamp).first(static_cast<std::size_t>(length) + 1));
+  readLine(reading.window, offset,
+           std::span(reading.info.gpsDateStamp).first(static_cast<std::size_t>(length) + 1));
 }
 
-void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry) {
-  ExifInfo& info = walk.info;
+void takeEntry(Reading& reading, const TiffFrame& frame, const DirectoryEntry& entry) {
+  ExifInfo& info = reading.info;
   // Unlike in the other directories, a SHORT is never taken from the first half of the field.
   const uint64_t target = frame.base + entry.raw;
   const auto count = static_cast<int32_t>(entry.count);
@@ -47,15 +49,15 @@ void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry) 
       info.gpsAltitudeRef = entry.field[0];
       return;
     case Tag::gpsLatitude:
-      return readFractions(walk, frame, target, count, info.gpsLatitude);
+      return readFractions(reading, frame, target, count, info.gpsLatitude);
     case Tag::gpsLongitude:
-      return readFractions(walk, frame, target, count, info.gpsLongitude);
+      return readFractions(reading, frame, target, count, info.gpsLongitude);
     case Tag::gpsTimeStamp:
-      return readFractions(walk, frame, target, count, info.gpsTimeStamp);
+      return readFractions(reading, frame, target, count, info.gpsTimeStamp);
     case Tag::gpsAltitude:
-      return readFractions(walk, frame, target, 1, info.gpsAltitude);
+      return readFractions(reading, frame, target, 1, info.gpsAltitude);
     case Tag::gpsDateStamp:
-      return readDateStamp(walk, target, count);
+      return readDateStamp(reading, target, count);
     default:
       return;
   }
@@ -63,9 +65,9 @@ void takeEntry(Walk& walk, const TiffFrame& frame, const DirectoryEntry& entry) 
 
 }  // namespace
 
-void readGpsDirectory(Walk& walk, const TiffFrame& frame, uint64_t offset) {
-  DirectoryReader directory(walk.window, offset, frame, walk.budget);
-  while (const auto entry = directory.next()) takeEntry(walk, frame, *entry);
+void readGpsDirectory(Reading& reading, const TiffFrame& frame, uint64_t offset) {
+  DirectoryReader directory(reading.window, offset, frame, reading.entriesLeft);
+  while (const auto entry = directory.next()) takeEntry(reading, frame, *entry);
 }
 
 }  // namespace lumenforge

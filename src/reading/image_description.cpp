@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -23,6 +24,8 @@ constexpr int kLastChannelItem = 10;
 constexpr size_t kMaxTokenLength = 6;
 constexpr int kNotFound = -1;
 
+using TextBuffer = std::unique_ptr<uint8_t[], FreeMemory>;
+
 struct Description {
   int numerator = 0;
   int64_t denominator = 0;
@@ -35,7 +38,7 @@ struct Description {
 
 // A text of the length announced; the buffer starts small, so that a short stream costs no more
 // memory than it holds.
-std::optional<std::string_view> readText(FILE* f, size_t length, ZeroedBuffer& buffer) {
+std::optional<std::string_view> readText(FILE* f, size_t length, TextBuffer& buffer) {
   size_t done = 0;
   for (size_t capacity = 4096; done < length; capacity *= 2) {
     const size_t size = std::min(capacity, length);
@@ -154,7 +157,7 @@ void store(const Description& d, ExifInfo& info) {
 int parse_image_description(FILE* f, int length, ExifInfo* info) {
   using namespace lumenforge;
   if (length <= 0) return kCannotRead;
-  ZeroedBuffer buffer;
+  TextBuffer buffer;
   const auto bytes = readText(f, static_cast<size_t>(length), buffer);
   if (!bytes) return kCannotRead;
   // A stored length counts the final NUL, or several; no token shall take them for digits.

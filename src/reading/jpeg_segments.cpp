@@ -4,14 +4,16 @@
 // Three passes with three attitudes, which hosts rely on: the first and the XMP search accept fill
 // bytes and even a marker code without FF, the second pass takes exactly one FF; and each ends in
 // its own way.
-#include <cstdio>
+#include "reading/jpeg_segments.h"
+
 #include <cstring>
 #include <string_view>
 
 #include "base/result.h"
 #include "base/zeroed.h"
 #include "reading/offsets.h"
-#include "reading/walk.h"
+#include "reading/photoshop_block.h"
+#include "reading/tiff_directories.h"
 #include "settings/packet.h"
 
 namespace lumenforge {
@@ -32,6 +34,7 @@ constexpr auto kExifSignature = "Exif\0\0"sv;
 constexpr auto kXmpSignature = "http://ns.adobe.com/xap/1.0/\0"sv;
 constexpr auto kPhotoshopSignature = "Photoshop 3.0\0"sv;
 
+constexpr int kNoMarker = -10;  // a byte other than FF where a marker should start
 constexpr int kMaxFillBytes = 4;
 constexpr uint16_t kLengthSize = 2;
 constexpr int kMaxSkippedBeforeXmp = 10;
@@ -50,17 +53,17 @@ std::optional<uint8_t> readMarkerCode(Cursor& cursor) {
 }
 
 // A segment length, which counts itself; none at the end of the file. A length below 2 is reported.
-std::optional<uint16_t> readSegmentLength(Cursor& cursor) {
+std::optional<uint16_t> readSegmentLength(Reading& reading, Cursor& cursor) {
   const auto length = cursor.read16();
-  if (length && *length < kLengthSize) std::fputs("invalid marker\n", stderr);
+  if (length && *length < kLengthSize) reading.message = "invalid marker\n";
   return length;
 }
 
 enum class Skip : uint8_t { done, endOfFile, invalid };
 
 // Past the segment whose marker code has been read.
-Skip skipSegment(Cursor& cursor) {
-  const auto length = readSegmentLength(cursor);
+Skip skipSegment(Reading& reading, Cursor& cursor) {
+  const auto length = readSegmentLength(reading, cursor);
   if (!length) return Skip::endOfFile;
   if (*length < kLengthSize) return Skip::invalid;
   cursor.skip(*length - kLengthSize);
@@ -74,110 +77,110 @@ bool readStartOfImage(Cursor& cursor) {
 
 // Whether the packet of a segment with length field `length` holds settings that the host takes
 // over. The lens goes into the record in either case.
-bool readXmpPacket(Walk& walk, uint64_t offset, uint16_t length) {
+bool readXmpPacket(Reading& reading, uint64_t offset, uint16_t length) {
   const ZeroedBuffer bytes = allocateZeroed(length);
   if (bytes == nullptr) return false;
   // `length` bytes from the packet on: past the segment's end, since the length counts its own two
   // bytes and the signature, too.
-  if (walk.window.read(offset, {bytes.get(), length}) < length) return false;
+  if (reading.window.read(offset, {bytes.get(), length}) < length) return false;
   const std::string_view text(reinterpret_cast<const char*>(bytes.get()), length);
-  findLens(text).text.copy(walk.info.lens, kLongestLens);
+  findLens(text).text.copy(reading.info.lens, kLongestLens);
   const Method* method = findSettings(text).method;
   return method != nullptr && method->recorded;
 }
 
 // The first APP1 after the EXIF segment, which counts only when it carries XMP.
-void readXmpSegment(Walk& walk, Cursor& cursor) {
+void readXmpSegment(Reading& reading, Cursor& cursor) {
   const auto length = cursor.read16();
   if (!length || *length < kLengthSize) return;
   if (!matches(cursor.readBytes(kXmpSignature.size()), kXmpSignature)) return;
   if (!fits32(cursor.offset())) return;
-  if (readXmpPacket(walk, cursor.offset(), *length)) {
-    walk.info.xmpLength = *length;
-    walk.info.xmpOffset = static_cast<uint32_t>(cursor.offset());
+  if (readXmpPacket(reading, cursor.offset(), *length)) {
+    reading.info.xmpLength = *length;
+    reading.info.xmpOffset = static_cast<uint32_t>(cursor.offset());
   }
 }
 
 // False only for an invalid segment length. The end of the file ends the search, not the reading.
-bool searchXmp(Walk& walk, uint64_t offset) {
-  Cursor cursor(walk.window, offset, ByteOrder::big);
+bool searchXmp(Reading& reading, uint64_t offset) {
+  Cursor cursor(reading.window, offset, ByteOrder::big);
   for (int skipped = 0; skipped < kMaxSkippedBeforeXmp; ++skipped) {
     const auto code = readMarkerCode(cursor);
     if (!code || *code == kFill || *code == kEndOfImage || *code == kStartOfScan) return true;
     if (*code == kApp1) {
-      readXmpSegment(walk, cursor);
+      readXmpSegment(reading, cursor);
       return true;
     }
-    const Skip skip = skipSegment(cursor);
+    const Skip skip = skipSegment(reading, cursor);
     if (skip != Skip::done) return skip != Skip::invalid;
   }
   return true;
 }
 
 // The first APP1 segment, whose code has been read.
-int readExifSegment(Walk& walk, Cursor& cursor) {
+int readExifSegment(Reading& reading, Cursor& cursor) {
   const uint64_t start = cursor.offset();
-  const auto length = readSegmentLength(cursor);
+  const auto length = readSegmentLength(reading, cursor);
   if (!length || *length < kLengthSize) return kCannotRead;
   const bool isExif = matches(cursor.readBytes(kExifSignature.size()), kExifSignature);
   const uint64_t header = start + kLengthSize + kExifSignature.size();
   // Hosts rely on this: an APP1 of another kind does not fail at once. Its TIFF header is looked
   // for where the stream stands, with offsets from the start of the file.
-  if (!isExif) return readTiffStructure(walk, header, 0);
-  if (!searchXmp(walk, start + *length)) return kCannotRead;
-  return readTiffStructure(walk, header, header);
+  if (!isExif) return readTiffStructure(reading, header, 0);
+  if (!searchXmp(reading, start + *length)) return kCannotRead;
+  return readTiffStructure(reading, header, header);
 }
 
-int readFirstPass(Walk& walk) {
-  Cursor cursor(walk.window, 0, ByteOrder::big);
+int readFirstPass(Reading& reading) {
+  Cursor cursor(reading.window, 0, ByteOrder::big);
   if (!readStartOfImage(cursor)) return kCannotRead;
   // Every round consumes at least a code and a length, so the file's size bounds the loop.
   while (const auto code = readMarkerCode(cursor)) {
     switch (*code) {
       case kFill:
-        std::fputs("too many padding bytes\n", stderr);
+        reading.message = "too many padding bytes\n";
         return kCannotRead;
       case kEndOfImage:
       case kStartOfScan:
         return kWrongSignature;
       case kApp1:
-        return readExifSegment(walk, cursor);
+        return readExifSegment(reading, cursor);
       default:
-        if (skipSegment(cursor) != Skip::done) return kCannotRead;
+        if (skipSegment(reading, cursor) != Skip::done) return kCannotRead;
     }
   }
   return kCannotRead;
 }
 
 // The first APP13 segment, whose code has been read.
-int readPhotoshopSegment(Walk& walk, Cursor& cursor) {
-  const auto length = readSegmentLength(cursor);
+int readPhotoshopSegment(Reading& reading, Cursor& cursor) {
+  const auto length = readSegmentLength(reading, cursor);
   if (!length || *length < kLengthSize) return kCannotRead;
   if (matches(cursor.readBytes(kPhotoshopSignature.size()), kPhotoshopSignature)) {
-    scanPhotoshopBlock(walk, cursor.offset(), *length);
+    scanPhotoshopBlock(reading, cursor.offset(), *length);
   }
   return kOk;
 }
 
-int readSecondPass(Walk& walk) {
-  Cursor cursor(walk.window, 0, ByteOrder::big);
+int readSecondPass(Reading& reading) {
+  Cursor cursor(reading.window, 0, ByteOrder::big);
   if (!readStartOfImage(cursor)) return kCannotRead;
   while (const auto prefix = cursor.read8()) {
     if (*prefix != kFill) return kNoMarker;
     const auto code = cursor.read8();
     if (!code) return kCannotRead;
     if (*code == kStartOfScan || *code == kEndOfImage) return kOk;
-    if (*code == kApp13) return readPhotoshopSegment(walk, cursor);
-    if (skipSegment(cursor) != Skip::done) return kCannotRead;
+    if (*code == kApp13) return readPhotoshopSegment(reading, cursor);
+    if (skipSegment(reading, cursor) != Skip::done) return kCannotRead;
   }
   return kCannotRead;
 }
 
 }  // namespace
 
-int readJpeg(Walk& walk) {
-  const int result = readFirstPass(walk);
-  return result < 0 ? result : readSecondPass(walk);
+int readJpeg(Reading& reading) {
+  const int result = readFirstPass(reading);
+  return result < 0 ? result : readSecondPass(reading);
 }
 
 }  // namespace lumenforge

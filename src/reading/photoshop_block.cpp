@@ -2,16 +2,16 @@
 //
 // The scan looks at every byte position, not only at resource boundaries, and a later match wins:
 // hosts rely on both.
+#include "reading/photoshop_block.h"
+
 #include <algorithm>
 #include <optional>
 #include <span>
 #include <string_view>
 
-#include "base/file.h"
 #include "base/result.h"
 #include "base/zeroed.h"
 #include "reading/offsets.h"
-#include "reading/walk.h"
 
 namespace lumenforge {
 namespace {
@@ -91,9 +91,9 @@ int scanStretch(std::span<const uint8_t> bytes, std::size_t size, uint64_t offse
 
 }  // namespace
 
-int scanPhotoshopBlock(Walk& walk, uint64_t offset, uint32_t length) {
-  if (length < kHeaderSize || walk.budget.photoshopBlocks == 0) return kOk;
-  --walk.budget.photoshopBlocks;
+int scanPhotoshopBlock(Reading& reading, uint64_t offset, uint32_t length) {
+  if (length < kHeaderSize || reading.photoshopBlocksLeft == 0) return kOk;
+  --reading.photoshopBlocksLeft;
   const std::size_t capacity = std::min<std::size_t>(length, kStretchSize) + kLookAhead;
   const ZeroedBuffer buffer = allocateZeroed(capacity);
   if (buffer == nullptr) return kNoMemory;
@@ -103,9 +103,9 @@ int scanPhotoshopBlock(Walk& walk, uint64_t offset, uint32_t length) {
   for (uint64_t done = 0; done < positions; done += kStretchSize) {
     const std::span<uint8_t> bytes(buffer.get(),
                                    std::min<uint64_t>(capacity, length - done + kLookAhead));
-    const std::size_t have = walk.window.read(offset + done, bytes);
+    const std::size_t have = reading.window.read(offset + done, bytes);
     const auto size = static_cast<std::size_t>(std::min<uint64_t>(positions - done, kStretchSize));
-    result = scanStretch(bytes.first(have), size, offset + done, result, walk.info);
+    result = scanStretch(bytes.first(have), size, offset + done, result, reading.info);
     if (have < bytes.size()) break;  // the file ends here
   }
   return result;
@@ -119,6 +119,6 @@ int parse_photoshop_data(FILE* f, int length, ExifInfo* info) {
   const auto start = positionOf(f);
   if (!start) return kOk;
   Window window(f, *start);
-  Walk walk{window, *info};
-  return scanPhotoshopBlock(walk, *start, static_cast<uint32_t>(length));
+  Reading reading{window, *info};
+  return scanPhotoshopBlock(reading, *start, static_cast<uint32_t>(length));
 }

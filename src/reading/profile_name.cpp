@@ -1,7 +1,4 @@
 // An ICC profile (ICC.1, the profile description tag) -> a display name.
-#include <algorithm>
-#include <array>
-#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -11,6 +8,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
+constexpr int kNoDescription = -1;
 constexpr int kNameSize = 32;
 constexpr int kMinProfileSize = 49;
 constexpr std::size_t kSearchStart = 32;
@@ -20,7 +18,7 @@ constexpr std::size_t kCountOffset = kDescriptionStart.size();
 constexpr std::size_t kTextOffset = kCountOffset + 1;
 constexpr std::size_t kLastStart = 17;  // a description begins at least so far before the end
 
-constexpr std::array kKnownNames = {"sRGB"sv, "Adobe RGB"sv, "ProPhoto RGB"sv};
+constexpr char kKnownNames[][13] = {"sRGB", "Adobe RGB", "ProPhoto RGB"};
 
 // The known name that comes first in a description of `count` characters at the start of `text`.
 std::string_view findKnownName(std::string_view text, std::size_t count) {
@@ -36,11 +34,11 @@ std::string_view findKnownName(std::string_view text, std::size_t count) {
 
 int get_profile_name(int size, const unsigned char* profile, char* name) {
   std::memset(name, 0, kNameSize);
-  if (size < kMinProfileSize) return -1;
+  if (size < kMinProfileSize) return kNoDescription;
   const std::string_view bytes(reinterpret_cast<const char*>(profile),
                                static_cast<std::size_t>(size));
   const std::size_t start = bytes.find(kDescriptionStart, kSearchStart);
-  if (start == std::string_view::npos || start > bytes.size() - kLastStart) return -1;
+  if (start == std::string_view::npos || start > bytes.size() - kLastStart) return kNoDescription;
 
   const std::string_view text = bytes.substr(start + kTextOffset);
   const std::size_t count = profile[start + kCountOffset];

@@ -1,8 +1,10 @@
 // A Photoshop file's header and image resource section -> its EXIF resource.
+#include "reading/psd_resources.h"
+
 #include <cstring>
 
 #include "base/result.h"
-#include "reading/walk.h"
+#include "reading/tiff_directories.h"
 
 namespace lumenforge {
 namespace {
@@ -44,8 +46,8 @@ std::optional<uint64_t> findExifResource(Cursor& cursor, uint32_t sectionLength)
 
 }  // namespace
 
-int readPsd(Walk& walk) {
-  Cursor cursor(walk.window, 0, ByteOrder::big);
+int readPsd(Reading& reading) {
+  Cursor cursor(reading.window, 0, ByteOrder::big);
   const uint8_t* signature = cursor.readBytes(kSignatureSize);
   if (signature == nullptr) return kCannotRead;
   if (std::memcmp(signature, "8BPS", kSignatureSize) != 0) return kWrongSignature;
@@ -57,7 +59,7 @@ int readPsd(Walk& walk) {
   const auto sectionLength = cursor.read32();
   if (!sectionLength) return kCannotRead;
   const auto base = findExifResource(cursor, *sectionLength);
-  return base ? readTiffStructure(walk, *base, *base) : kCannotRead;
+  return base ? readTiffStructure(reading, *base, *base) : kCannotRead;
 }
 
 }  // namespace lumenforge

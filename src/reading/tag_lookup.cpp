@@ -11,12 +11,13 @@ namespace {
 constexpr int kNoSuchTag = -1;
 constexpr int kCannotSeek = -3;
 
-// All directories of the chain in file order; a chain without end meets the end of the work budget.
+// All directories of the chain in file order; a chain without end ends with the entries that one
+// call may read.
 TagLookup findInChain(Window& window, uint64_t firstOffset, int tag) {
-  WorkBudget budget;
+  uint32_t entriesLeft = kMostEntries;
   uint64_t offset = firstOffset;
   while (offset != 0 && window.canSeekTo(offset)) {
-    DirectoryReader directory(window, offset, {0, ByteOrder::little}, budget);
+    DirectoryReader directory(window, offset, {0, ByteOrder::little}, entriesLeft);
     while (const auto entry = directory.next()) {
       if (static_cast<int>(entry->tag) == tag) return {0, *entry};
     }

@@ -1,9 +1,13 @@
 // A TIFF header and its chain of image file directories (TIFF 6.0) -> ExifInfo.
+#include "reading/tiff_directories.h"
+
 #include <algorithm>
 
 #include "base/result.h"
+#include "reading/exif_directory.h"
+#include "reading/gps_directory.h"
 #include "reading/offsets.h"
-#include "reading/walk.h"
+#include "reading/photoshop_block.h"
 
 namespace lumenforge {
 namespace {
@@ -24,12 +28,17 @@ void takeInlineModel(const DirectoryEntry& entry, char* model) {
   model[4] = '\0';
 }
 
-void takeModel(Walk& walk, const DirectoryEntry& entry) {
+void takeModel(Reading& reading, const DirectoryEntry& entry) {
   constexpr uint32_t kMaxModelLength = 63;
-  if (valueSize(entry) <= entry.field.size()) return takeInlineModel(entry, walk.info.model);
+  if (valueSize(entry) <= entry.field.size()) return takeInlineModel(entry, reading.info.model);
   if (entry.count <= 2) return;
   const uint32_t length = entry.count > kMaxModelLength ? kMaxModelLength : entry.count - 1;
-  readLine(walk.window, entry.target, std::span(walk.info.model).first(length + 1));
+  readLine(reading.window, entry.target, std::span(reading.info.model).first(length + 1));
+}
+
+void takeThumbnailOffset(Reading& reading, uint64_t offset) {
+  reading.thumbnailOutOfReach = !fits32(offset);
+  setIfFits(offset, reading.info.thumbOffset);
 }
 
 void takeIptc(const DirectoryEntry& entry, ExifInfo& info) {
@@ -38,24 +47,25 @@ void takeIptc(const DirectoryEntry& entry, ExifInfo& info) {
   info.iptcOffset = entry.value;
 }
 
-void takePhotoshopResources(Walk& walk, const DirectoryEntry& entry) {
-  if (walk.fileType != kTiffFile || static_cast<int32_t>(entry.count) < 0) return;
-  scanPhotoshopBlock(walk, entry.target, entry.count);
+void takePhotoshopResources(Reading& reading, const DirectoryEntry& entry) {
+  if (reading.fileType != LUMENFORGE_TIFF || static_cast<int32_t>(entry.count) < 0) return;
+  scanPhotoshopBlock(reading, entry.target, entry.count);
 }
 
-void takeEntry(Walk& walk, const TiffFrame& frame, int directory, const DirectoryEntry& entry) {
-  ExifInfo& info = walk.info;
+void takeEntry(Reading& reading, const TiffFrame& frame, int directory,
+               const DirectoryEntry& entry) {
+  ExifInfo& info = reading.info;
   switch (entry.tag) {
     case Tag::model:
-      return takeModel(walk, entry);
+      return takeModel(reading, entry);
     case Tag::orientation:
       if (entry.type == FieldType::shortInteger) info.orientation = entry.value;
       return;
     case Tag::thumbnailOffset:
-      if (directory >= 1) setIfFits(entry.target, info.thumbOffset);
+      if (directory >= 1) takeThumbnailOffset(reading, entry.target);
       return;
     case Tag::thumbnailLength:
-      if (directory >= 1) info.thumbLength = entry.value;
+      if (directory >= 1 && !reading.thumbnailOutOfReach) info.thumbLength = entry.value;
       return;
     case Tag::xmpPacket:
       info.xmpLength = entry.count;
@@ -64,11 +74,11 @@ void takeEntry(Walk& walk, const TiffFrame& frame, int directory, const Director
     case Tag::iptcNaa:
       return takeIptc(entry, info);
     case Tag::photoshopResources:
-      return takePhotoshopResources(walk, entry);
+      return takePhotoshopResources(reading, entry);
     case Tag::exifPointer:
-      return readExifDirectory(walk, frame, entry.target);
+      return readExifDirectory(reading, frame, entry.target);
     case Tag::gpsPointer:
-      return readGpsDirectory(walk, frame, entry.target);
+      return readGpsDirectory(reading, frame, entry.target);
     default:
       return;
   }
@@ -76,33 +86,33 @@ void takeEntry(Walk& walk, const TiffFrame& frame, int directory, const Director
 
 // Cameras write offsets of a next directory that lead outside the file: there the chain ends as at
 // an offset of 0. A directory that is there and cut short is damage.
-void walkDirectories(Walk& walk, const TiffFrame& frame, uint32_t firstOffset) {
+void readDirectories(Reading& reading, const TiffFrame& frame, uint32_t firstOffset) {
   uint32_t offset = firstOffset;
   for (int number = 0; offset != 0; ++number) {
-    DirectoryReader directory(walk.window, frame.base + offset, frame, walk.budget);
+    DirectoryReader directory(reading.window, frame.base + offset, frame, reading.entriesLeft);
     if (number > 0 && !directory.count()) break;
-    while (const auto entry = directory.next()) takeEntry(walk, frame, number, *entry);
+    while (const auto entry = directory.next()) takeEntry(reading, frame, number, *entry);
     if (!directory.complete()) {
-      walk.damaged = true;
+      reading.damaged = true;
       return;
     }
     if (number == kLastDirectory || directory.count() == kEntriesOfLast) break;
-    offset = Cursor(walk.window, directory.offset(), frame.order).read32().value_or(0);
+    offset = Cursor(reading.window, directory.offset(), frame.order).read32().value_or(0);
   }
 }
 
 }  // namespace
 
-int readTiffStructure(Walk& walk, uint64_t headerOffset, uint64_t base) {
-  const auto mark = Cursor(walk.window, headerOffset, ByteOrder::big).read16();
+int readTiffStructure(Reading& reading, uint64_t headerOffset, uint64_t base) {
+  const auto mark = Cursor(reading.window, headerOffset, ByteOrder::big).read16();
   if (mark != kLittleEndianMark && mark != kBigEndianMark) return kWrongSignature;
 
   const TiffFrame frame{base, byteOrderOfMark(*mark)};
-  Cursor header(walk.window, headerOffset + 2, frame.order);
+  Cursor header(reading.window, headerOffset + 2, frame.order);
   if (header.read16() != kTiffNumber) return kUnsupported;
   const auto firstDirectory = header.read32();
   if (!firstDirectory) return kCannotRead;
-  walkDirectories(walk, frame, *firstDirectory);
+  readDirectories(reading, frame, *firstDirectory);
   return kOk;
 }
 
