@@ -43,6 +43,7 @@ int run(int argc, char** argv) {
 
   Run chosen;
   addReadCommand(app, chosen);
+  addBracketsCommand(app, chosen);
   addSettingsCommand(app, chosen);
   addTiffCommand(app, chosen);
   addIccCommand(app, chosen);

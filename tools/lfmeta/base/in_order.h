@@ -70,7 +70,7 @@ class InOrder {
     if (taking_) return;
     taking_ = true;
     while (auto& ready = results_[taken_ % results_.size()]) {
-      const Result first = std::move(*ready);
+      Result first = std::move(*ready);
       ready.reset();
       guard.unlock();
       take_(first);

@@ -12,6 +12,7 @@ namespace lfmeta {
 using Run = std::function<int()>;
 
 void addReadCommand(CLI::App& app, Run& chosen);
+void addBracketsCommand(CLI::App& app, Run& chosen);
 void addSettingsCommand(CLI::App& app, Run& chosen);
 void addTiffCommand(CLI::App& app, Run& chosen);
 void addIccCommand(CLI::App& app, Run& chosen);
