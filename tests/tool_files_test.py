@@ -12,7 +12,7 @@ class ToolFiles(ToolTest):
                 ("lfmeta: --rceursive is no option, did you mean --recursive?; see", "read --rceursive in"),
                 ("lfmeta: -\\x1b[31mHI\\xff.jpg is no option; see lfmeta read --help", "read '-\x1b[31mHI\udcff.jpg'"),
                 ("lfmeta: c is one argument too many; see lfmeta exif", "exif a b c"), ("OUT.tif is required", "tiff in"),
-                ("needed: read, settings", ""), ("show, write", "settings"), ("no command of lfmeta", "help foo"), ("standard input", "icc - --set in"),
+                ("needed: read, brackets", ""), ("show, write", "settings"), ("no command of lfmeta", "help foo"), ("standard input", "icc - --set in"),
                 ("--depth: \\x1b[31m not in", "tiff in new --depth '\x1b[31m'"),
                 ("--resolution: 0x10 is no whole number from 1 to 2147483;", "tiff in new --resolution 0x10"),
                 ("from 1 to 256", "read in -j 0"), ("from 1 to 256", "read in -j 257"),
