@@ -16,6 +16,11 @@ def radiance(rows, size=(H, W)):
     return b"#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y %d +X %d\n" % size + b"".join(rows)
 
 
+def run_lengths(width):  # one scanline of pixels 1, 2, 3, exponent 129
+    runs = lambda value: b"".join(bytes([128 + min(127, width - x), value]) for x in range(0, width, 127))
+    return radiance([bytes([2, 2, width >> 8, width & 255]) + b"".join(map(runs, (1, 2, 3, 129)))], (1, width))
+
+
 def pfm(values, order):
     return b"Pf\n%d 1\n%s1.0\n" % (len(values), b"-" * (order == "<")) + floats(values, order)
 
@@ -51,7 +56,7 @@ def png(kind, depth, interlaced, transparent):
 
 
 # Scanlines without packing. Values are a row's pixels, each with a value for each channel.
-def exr(rows, channels="RGB", code="e", density=None, window=(-3, 7), kind=b"", sampling=1, pixel_type=None):
+def exr(rows, channels="RGB", code="e", density=None, colors=None, window=(-3, 7), kind=b"", sampling=1, pixel_type=None):
     def attribute(name, kind, value):
         return name + b"\0" + kind + b"\0" + struct.pack("<I", len(value)) + value
     order = sorted(range(len(channels)), key=lambda c: channels[c])
@@ -64,12 +69,27 @@ def exr(rows, channels="RGB", code="e", density=None, window=(-3, 7), kind=b"", 
                                     (b"pixelAspectRatio", b"float", struct.pack("<f", 1)),
                                     (b"screenWindowCenter", b"v2f", bytes(8)),
                                     (b"screenWindowWidth", b"float", struct.pack("<f", 1))])
+    if colors: data += attribute(b"chromaticities", b"chromaticities", struct.pack("<8f", *colors))
     if density: data += attribute(b"xDensity", b"float", struct.pack("<f", density))
     data += b"\0"
     lines = [b"".join(struct.pack("<%d%s" % (len(row), code), *(pixel[c] for pixel in row)) for c in order) for row in rows]
     start, size = len(data) + 8 * len(rows), len(lines[0]) + 8
     return data + b"".join(struct.pack("<Q", start + size * y) for y in range(len(rows))) + b"".join(
         struct.pack("<iI", window[1] + y, len(line)) + line for y, line in enumerate(lines))
+
+
+# One row of gray samples for each of two strips, which may be the same; a palette of 16 colours for 4 bits.
+def tiff_strips(width, offsets, counts, bits=8, colors=(), data=b""):
+    entries = [(256, 4, [width]), (257, 4, [2]), (258, 3, [bits]), (259, 3, [1]), (262, 3, [3 if colors else 1]),
+               (273, 4, offsets), (277, 3, [1]), (278, 4, [1]), (279, 4, counts)] + [(320, 3, colors)] * bool(colors)
+    start, values = 8 + len(data) + 6 + 12 * len(entries), b""
+    listed = struct.pack("<H", len(entries))
+    for tag, kind, numbers in entries:
+        value = struct.pack("<%d%s" % (len(numbers), "H" if kind == 3 else "I"), *numbers)
+        listed += struct.pack("<HHI", tag, kind, len(numbers)) + (
+            value.ljust(4, b"\0") if len(value) <= 4 else struct.pack("<I", start + len(values)))
+        if len(value) > 4: values += value
+    return struct.pack("<2sHI", b"II", 42, 8 + len(data)) + data + listed + bytes(4) + values
 
 
 # A black JPEG picture of 8 x 8 whose three colours come one by one, again and again.
@@ -126,6 +146,13 @@ class ToolPictures(ToolTest):
                 (PIXELS, LINEAR), (PLANES, LINEAR), (pfm([0, 1, 7], ">"), floats([0, 1, 7])),
                 (radiance([b"\4\5\6\x88\1\1\1\x57\1\1\1\2\7\5\6\x88\1\1\1\1"], (1, 602)),
                  floats([4, 5, 6] * 600 + [7, 5, 6] * 2)),
+                (b"P1 3 2 # c\n010 101", b"\xff\0\xff\0\xff\0"), (b"P4 9 1 \x41\x7f", b"\xff\0" + 5 * b"\xff" + b"\0\xff"),
+                (b"P4 8 2 \0\xff", 8 * b"\xff" + bytes(8)), (pam.replace(b"DEPTH 4", b"DEPTH 2").replace(b"H 134", b"H 268"),
+                                                           convert(COLOR, "rgba:-")[::2]),
+                (run_lengths(8), floats([p * 2.0 ** -7 for p in 8 * [1, 2, 3]])),
+                (run_lengths(1000), floats([p * 2.0 ** -7 for p in 1000 * [1, 2, 3]])),
+                (radiance(9 * [b"\2\2\xc8\x88"], (1, 9)), floats(9 * [2, 2, 200])),
+                (jpeg_scans(100), 192 * b"\x80"), (jpeg_scans(4).replace(b"\xff\xda", b"\0\xff\xda", 1), 192 * b"\x80"),
                 (b"PF\n1 2\n-1\n" + bytes(range(24)), bytes([*range(12, 24), *range(12)])),
                 (RAMP, bytes([0, 0, 128, 255, 255, 0, 1, 0]), "8"),
                 (RAMP, struct.pack("<8H", 0, 0, 32768, 65535, 65535, 0, 180, 0), "16"),
@@ -134,7 +161,7 @@ class ToolPictures(ToolTest):
                 (COLOR, b"".join(half(v / 255) for v in RGB), "half"), (COLOR, floats(v / 255 for v in RGB), "float")]:
             self.assertEqual(self.pixels(data, "tiff in out.tif" + " --depth ".join(["", *depth])), expected,
                              (data[:20], depth))
-            for cut in [] if depth else [2, 9, len(data) // 2, len(data) - 4]:
+            for cut in [] if depth or len(data) < 20 else [2, 9, len(data) // 2, len(data) - 4]:
                 self.files(**{"in": data[:cut]})
                 self.bad("in: ", "tiff in out.tif")
 
@@ -168,6 +195,14 @@ class ToolPictures(ToolTest):
             written = self.pixels(RAMP, "tiff in out.tif --depth " + depth)
             self.assertEqual(self.run_line("tiffcp %s out.tif copied.tif" % how)[0], 0)
             self.assertEqual(self.pixels((self.dir / "copied.tif").read_bytes()), written, (depth, how))
+        shared = bytes(range(250)) * 4
+        self.assertEqual(self.pixels(tiff_strips(1000, [8, 8], [500, 500], 4, [0x1234 * i for i in range(12)] + 36 * [0x5678],
+                                                 shared)), b"".join(
+            bytes([(0x1234 * i >> 8) if i < 12 else 0x56, 0x56, 0x56]) for row in range(2) for b in shared[:500] for i in (b >> 4, b & 15)))
+        for data, word in [(tiff_strips(1000, [8, 8], [1000, 1000], data=shared), "more bytes"),
+                           (tiff_strips(500, [8, 508], [500, 499], data=shared), "ends before")]:
+            self.files(**{"in": data})
+            self.bad(word, "tiff in out.tif")
         for how, word in [("-colorspace cmyk", "CMYK"), ("-colorspace lab", "colours"), ("-compress webp", "packed"),
                           ("-depth 32", "32 bits"), ("-depth 64 -define quantum:format=floating-point", "64 bits")]:
             self.files(**{"in": tiff(how)})
@@ -186,7 +221,13 @@ class ToolPictures(ToolTest):
                 self.files(**{"in": data[:cut]})
                 self.bad("in: ", "tiff in out.tif")
         for data, word in [(exr(gray, "Z"), "no channels"), (exr(rows, ["Y", "RY", "BY"]), "differences"),
-                           (exr([[(1, 1, 1)]], code="I", pixel_type=0), "integer")]:
+                           (exr([[(1, 1, 1)]], code="I", pixel_type=0), "integer"),
+                           (exr([[(0, 0, 0)] * 4] * 2, sampling=2, window=(0, 0)), "fewer samples"),
+                           (exr([[(0, 0, 0)] * 200000], code="f")[:600], "MiB"),
+                           *[(exr(gray, "Y").replace(*change, 1), "header is damaged") for change in [
+                               (b"compression\0\1", b"compression\0\2"), (b"v2f\0\x08", b"str\0\x08\xff\xff"),
+                               (b"v2f\0\x08\0\0\0" + bytes(8), b"string\0\0\0\0\x40"), (b"Y\0\1", b"Y\7\1"),
+                               (b"v2f\0\x08\0\0\0" + bytes(8), b"stringvector\0\x08\0\0\0\0\0\0\x40" + bytes(4))]]]:
             self.files(**{"in": data})
             self.bad(word, "tiff in out.tif")
 
@@ -198,12 +239,37 @@ class ToolPictures(ToolTest):
         self.good("tiff tagged out.tif")
         self.assertEqual(self.exiftool("out.tif", "-n -XResolution -Orientation"), {"XResolution": 240, "Orientation": 6})
         self.assertIn(profile, (self.dir / "out.tif").read_bytes())
+        for code, layout in enumerate(["-Y 5 +X", "-Y 5 -X", "+Y 5 -X", "+Y 5 +X", "+X 5 -Y", "-X 5 -Y", "-X 5 +Y", "+X 5 +Y"], 1):
+            self.pixels(PIXELS.replace(b"-Y 5 +X", layout.encode()))
+            self.assertEqual(self.exiftool("out.tif", "-n -Orientation"), {"Orientation": code} if code > 1 else {"Orientation": 1})
         for data, expected in [(exr([[(1, 2, 3)]], density=123.4), 123), (exr([[(1, 2, 3)]], density=float("nan")), 300),
                                (convert(COLOR, "-units PixelsPerInch -density 96 png:-"), 96), (convert(COLOR, "-units PixelsPerInch -density 100 jpg:-"), 100),
                                (convert(COLOR, "-units PixelsPerCentimeter -density 100 tif:-"), 254),
-                               (convert(COLOR, "-units PixelsPerCentimeter -density 100 jpg:-"), 254)]:
+                               (convert(COLOR, "-units PixelsPerCentimeter -density 100 jpg:-"), 254),
+                               (convert(COLOR, "-units Undefined -density 100 jpg:-"), 300)]:
             self.pixels(data)
             self.assertEqual(self.exiftool("out.tif", "-n -XResolution")["XResolution"], expected)
+
+    def test_chromaticities_become_a_profile(self):
+        srgb = [0.64, 0.33, 0.3, 0.6, 0.15, 0.06, 0.3127, 0.329]
+        self.pixels(exr([[(1, 2, 3)]], colors=srgb))
+        told = self.exiftool("out.tif", "-ICC_Profile:all")
+        for key, wanted in [("Red", (0.4361, 0.2225, 0.0139)), ("Green", (0.3851, 0.7169, 0.0971)),
+                            ("Blue", (0.1431, 0.0606, 0.7141))]:
+            found = [float(number) for number in told[key + "MatrixColumn"].split()]
+            self.assertTrue(all(abs(a - b) < 3e-4 for a, b in zip(found, wanted)), (key, found))
+        self.assertEqual([told[key] for key in ("ProfileDescription", "ProfileClass", "ProfileFileSignature")],
+                         ["Linear RGB", "Display Device Profile", "acsp"])
+        self.assertIn("Linear RGB", self.good("icc out.tif"))
+        profile = self.run_line("exiftool -b -ICC_Profile out.tif")[1]
+        jpeg, small = convert(COLOR, "jpg:-"), png(2, 8, 0, 0)[0]
+        for data in [small[:33] + png_chunk(b"iCCP", b"linear\0\0" + zlib.compress(profile)) + small[33:],
+                     jpeg[:2] + b"\xff\xe2" + struct.pack(">H", len(profile) + 16) + b"ICC_PROFILE\0\1\1" + profile + jpeg[2:]]:
+            self.pixels(data)
+            self.assertEqual(self.run_line("exiftool -b -ICC_Profile out.tif")[1], profile)
+        for broken in [[0.0] * 8, [0.3] * 8]:  # which span nothing
+            self.pixels(exr([[(1, 2, 3)]], colors=broken))
+            self.bad("no ICC profile", "icc out.tif")
 
     def peak(self, line):  # bytes of memory, without those of this program
         code = "import resource as r, subprocess as s, sys; s.run(sys.argv[1:]); print(r.getrusage(r.RUSAGE_CHILDREN).ru_maxrss)"
@@ -228,16 +294,25 @@ class ToolPictures(ToolTest):
 
     def test_malformed_pictures(self):
         row = bytes([2, 2, 0, W])
-        for data in [b"GIF89a", pnm(b"P6", RGB, 0), pnm(b"P6", RGB, 70000), pnm(b"P2", b"9 9", 8, (1, 2)),
-                     pnm(b"P5", b"", 255, (2**31 - 1, 2**31 - 1)), pnm(b"P5", b"x", 255, (0, 1)), COLOR[:-1],
-                     PIXELS[:-1], PLANES[:-1], RAMP[:-1], radiance([b"\1\1\1\1", bytes(4 * W * H)]),
-                     radiance([b"\5\5\5\x09\1\1\1", row[3:]], (1, W)), radiance([row, bytes(400)]),
-                     radiance([row, b"\xff\1" * 40]), PLANES.replace(row, b"\2\2\0\x87"),
-                     PIXELS.replace(b"-Y", b"-Z"), PIXELS.replace(b"rgbe", b"xyze"),
-                     PIXELS.replace(b" 134\n", b" 999999999\n"), PIXELS.replace(b"-Y 5", b"-Y 99999999")]:
+        for data, *word in [
+                (b"GIF89a", "no PNG"), (pnm(b"P6", RGB, 0), "damaged"), (b"P2 1 1 70000 1", "at most 65535"),
+                (pnm(b"P2", b"9 9", 8, (1, 2)), "above"), (b"P2 1 1 9 9x", '"9x"'), (b"P1 1 1 2", "no bit"),
+                (pnm(b"P5", b"", 255, (2**31 - 1, 2**31 - 1)), "MiB"), (pnm(b"P5", b"", 255, (9000, 9000)), "64 MiB are"),
+                (pnm(b"P5", b"x", 255, (0, 1)), "no pixels"), (pnm(b"P5", b"x", 255, (1, 0)), "no pixels"), (COLOR[:-1],),
+                (PIXELS[:-1],), (PLANES[:-1],), (RAMP[:-1],), (radiance([b"\1\1\1\1", bytes(4 * W * H)]), "run-length"),
+                (radiance([b"\5\5\5\x09\1\1\1", row[3:]], (1, W)), "run-length"), (radiance([row, bytes(400)]), "run-length"),
+                (radiance([row, b"\xff\1" * 40]), "run-length"), (PLANES.replace(row, b"\2\2\0\x87"), "width"),
+                (PIXELS.replace(b"-Y", b"-Z"), "resolution line"), (PIXELS.replace(b"rgbe", b"xyze"), "RGB"),
+                (PIXELS.replace(b" 134\n", b" 999999999\n"),), (PIXELS.replace(b"-Y 5", b"-Y 99999999"), "MiB")]:
             self.files(**{"in": data})
             for line in ["tiff in out.tif", "hdr in"]:
-                self.bad("in: ", line)
+                self.bad(word[0] if word and line[0] == "t" else "in: ", line)
+        for line in ["--max-memory 1K", "--max-memory 2K --depth float"]:
+            self.files(**{"in": COLOR})
+            self.bad("--max-memory", "tiff in out.tif " + line)
+        self.good("tiff in out.tif --depth float --max-memory 8K")
+        self.files(**{"in": jpeg_scans(101)})
+        self.bad("100 scans", "tiff in out.tif")
 
     def check_brightness(self, name, values, black, not_finite, line="hdr --json "):
         found, low, high = json.loads(self.good(line + name)), min(values), max(values)
@@ -273,9 +348,13 @@ class ToolPictures(ToolTest):
             "  Stop  Brightness    Pixels", "   +15   3.277e+04    1.45 % #", "   ...", "    +1           2    1.45 % #",
             "    +0           1    1.45 % #", "    -2        0.25   88.41 % " + 44 * "#", "   ...",
             "  -133   9.184e-41    1.45 % #", "  black               2.90 %"])
+        self.assertEqual((told[2], len(told)), ("  Not finite     2 pixels", 22))
+        plot = (self.dir / "plot.png").read_bytes()
+        self.assertEqual(run(LFMETA, "hdr", "pfm", "--plot", "-", cwd=self.dir), (0, plot, ""))
         # The bars of the plot, in the middle of each stop's column, as long as they should be.
         wanted = json.loads(self.good("hdr --json pfm"))["pixelsOfStops"]
-        columns = convert((self.dir / "plot.png").read_bytes(), "-depth 8 rgb:-")
+        columns = convert(plot, "-depth 8 rgb:-")
+        self.assertEqual(zlib.crc32(columns), 414028658)  # as it was when a person looked at it
         for i, count in enumerate(wanted):
             x = 90 + 840 * (2 * i + 1) // (2 * len(wanted))
             blue = sum(columns[3 * (y * 960 + x):][:3] == bytes([46, 98, 148]) for y in range(540))

@@ -1,5 +1,6 @@
 // Pictures of all formats: what decodes keeps to the memory allowed, and goes to every depth.
 #include "fuzzing.h"
+#include "pictures/brightness.h"
 #include "pictures/sample_depth.h"
 
 // A PNG picture's checksums are made right, so that what they cover is reached.
@@ -26,16 +27,19 @@ void fuzz::check(std::string input) {
   if (input.empty()) return;
   repairChecksums(input);
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(fmemopen(input.data(), input.size(), "rb"), std::fclose);
+  const PictureFile file{stream.get(), input.size(), kMemory};
   try {
-    Image image = decodePicture({stream.get(), input.size(), kMemory});
+    Image image = decodePicture(file);
     require(image.width > 0 && image.height > 0 && (image.channels == 1 || image.channels == 3));
     require(image.pixelsSize() <= kMemory && image.orientation >= 0 && image.orientation <= 8);
-    if (image.sample > Sample::integer16) {
-      std::vector<float> row(image.sampleCount() / static_cast<std::size_t>(image.height));
-      for (int y = 0; y < image.height; ++y) floatsOfRow(image, y, row);
-    }
     convertSamples(image, depth, 4 * kMemory);
     require(image.sample == depth);
+    std::rewind(stream.get());
+    const Brightness found = measureBrightness(file);
+    uint64_t pixels = found.black + found.notFinite;
+    for (const uint64_t count : found.stops.counts()) pixels += count;
+    require(pixels == static_cast<uint64_t>(image.width) * static_cast<uint64_t>(image.height));
+    require(found.isBlack() || (found.minimum > 0 && found.minimum <= found.maximum && found.mean <= found.maximum));
   } catch (const std::runtime_error& error) {
     require(error.what()[0] != '\0');
   }

@@ -84,7 +84,6 @@ Brightness measureFloats(const Image& image) {
       }
     }
   }
-  if (counted == 0) found.minimum = 0;
   if (counted > 0) found.mean = static_cast<float>(sum / static_cast<double>(counted));
   return found;
 }

@@ -29,8 +29,8 @@ class StopCounts {
 struct Brightness {
   int width = 0;
   int height = 0;
-  float minimum = 0;  // 0 when all pixels are black
-  float maximum = 0;
+  float minimum = 0;  // nothing when all pixels are black
+  float maximum = 0;  // 0 when all pixels are black
   float mean = 0;
   uint64_t black = 0;
   uint64_t notFinite = 0;

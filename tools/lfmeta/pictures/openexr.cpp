@@ -1,6 +1,8 @@
 // OpenEXR pictures, through OpenEXR: the first part's gray or RGB channels in half or single
 // precision, flat scanlines or the full size of tiles. The pixels are those of the data window.
+// Chromaticities, where the picture has them, become a linear profile.
 #include <OpenEXR/ImfChannelList.h>
+#include <OpenEXR/ImfChromaticities.h>
 #include <OpenEXR/ImfFrameBuffer.h>
 #include <OpenEXR/ImfHeader.h>
 #include <OpenEXR/ImfIO.h>
@@ -17,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "pictures/linear_profile.h"
 #include "pictures/openexr_header.h"
 
 namespace lfmeta {
@@ -106,6 +109,14 @@ Imf::PixelType pixelTypeOf(const Imf::ChannelList& channels,
   return type;
 }
 
+Bytes profileFrom(const Imf::Chromaticities& colors) {
+  const auto pointOf = [](const Imath::V2f& v) {
+    return Chromaticity{static_cast<double>(v.x), static_cast<double>(v.y)};
+  };
+  return linearProfile(
+      {pointOf(colors.red), pointOf(colors.green), pointOf(colors.blue), pointOf(colors.white)});
+}
+
 }  // namespace
 
 Image decodeOpenExr(const PictureFile& file) {
@@ -127,6 +138,9 @@ Image decodeOpenExr(const PictureFile& file) {
   allocatePixels(file, image, width, height, static_cast<int>(colors.size()),
                  type == Imf::HALF ? Sample::half : Sample::float32);
   requireMemoryOfBlocks(file, header, width);
+  if (colors.size() == 3 && Imf::hasChromaticities(header)) {
+    image.iccProfile = profileFrom(Imf::chromaticities(header));
+  }
   if (Imf::hasXDensity(header)) {
     image.resolution = resolutionFrom(static_cast<double>(Imf::xDensity(header)));
   }

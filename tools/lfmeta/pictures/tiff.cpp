@@ -150,6 +150,8 @@ void requireKnownSamples(const Layout& layout) {
     refuse("has samples of " + std::to_string(layout.bits) +
            " bits of a kind that cannot be read; convert it to 8 or 16 bits or to floats first");
   }
+  constexpr uint16_t kMostSamples = 64;
+  if (layout.samples > kMostSamples) refuse("has more than 64 samples a pixel");
   if (layout.samples < layout.colors()) refuse("is a damaged TIFF picture: a colour is missing");
 }
 
@@ -314,10 +316,12 @@ class Decoder {
   }
 
   void readRows(uint16_t plane) {
-    std::vector<unsigned char> row(layout_.bytesOf(layout_.width));
-    if (TIFFScanlineSize64(tiff_) != row.size()) {
+    const std::size_t size = layout_.bytesOf(layout_.width);
+    if (TIFFScanlineSize64(tiff_) != size) {
       refuse("is a damaged TIFF picture: its rows have another size");
     }
+    requireMemory(size, file_.memory);
+    std::vector<unsigned char> row(size);
     const bool plain = layout_.compression == COMPRESSION_NONE &&
                        reader_.field<uint16_t>(TIFFTAG_FILLORDER) == FILLORDER_MSB2LSB;
     for (uint32_t y = 0; y < layout_.height; ++y) {
