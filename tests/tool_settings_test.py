@@ -1,10 +1,101 @@
-"""lfmeta settings: written, inserted, shown and counted."""
-import json, unittest
+"""lfmeta settings: written, inserted, edited, shown, counted and listed. ExifTool judges changed photographs."""
+import json, struct, unittest
 
 from support.tool import *
 
 
+XMP = b"http://ns.adobe.com/xap/1.0/\0"
+
+
+def without_packet(data):
+    if data[:2] != b"\xff\xd8" or XMP not in data:
+        return data
+    start = data.index(XMP) - 4
+    return data[:start] + data[start + 2 + struct.unpack_from(">H", data, start + 2)[0]:]
+
+
+def segment(marker, data):
+    return struct.pack(">BBH", 255, marker, len(data) + 2) + data
+
+
 class ToolSettings(ToolTest):
+    def test_changes_the_packet_of_a_photograph_and_nothing_else(self):
+        for name, how in [("padded.jpg", ""), ("plain.jpg", ""), ("little.tif", ""),
+                          ("big.tif", "-define tiff:endian=msb"), ("bare.jpg", "-strip")]:
+            self.run_line("convert in -resize 64x %s %s" % (how, name))
+        self.run_line("exiftool -q -overwrite_original -Title=Lake -Artist=me padded.jpg little.tif big.tif")
+        self.run_line("exiftool -q -overwrite_original -EXIF:Artist=me plain.jpg")
+        for name in ["padded.jpg", "plain.jpg", "bare.jpg", "little.tif", "big.tif", "photo.jpg"]:
+            file, before = self.dir / name, (self.dir / name).read_bytes()
+            tags = "-XMP:Title -EXIF:Artist -Keywords -ImageSize -Orientation -Lens"
+            told = self.exiftool(name, tags)
+            for line, method, sets, boost in [
+                    ("write %s --method 4 --set bOOst=3", "Tone Balancer", [1], 3),
+                    ("edit %s --set Boost=5 --set Lighting=1", "Tone Balancer", [1], 5),
+                    ("insert %s --method 14", "Average", [2, 1], 5), ("edit %s --set Boost=7 --number 1", "Average", [2, 1], 7),
+                    ("insert %s --method 10 --number 99", "Fusion/Natural", [99, 2, 1], 7),
+                    ("insert %s --method 11", "Fusion/Intensive", [3, 99, 2, 1], 7),
+                    ("write %s --method 4 --set Boost=2", "Tone Balancer", [1], 2)]:
+                self.good("settings " + line % name)
+                after = file.read_bytes()
+                if name.endswith("tif"):
+                    self.assertEqual((after[:4], after[8:len(before)]), (before[:4], before[8:]))
+                else:
+                    self.assertEqual(without_packet(after), without_packet(before), (name, line))
+                if name == "padded.jpg" and (sets, boost) in [([1], 3), ([1], 5)]:
+                    self.assertEqual(len(after), len(before))
+                first = json.loads(self.good("settings show --json " + name))
+                one = json.loads(self.good("settings show --json --number 1 " + name))
+                self.assertEqual((first["methodName"], first["sets"], one["settings"]["Boost"]), (method, sets, boost))
+                self.assertEqual(self.exiftool(name, tags), told)
+                self.assertEqual(self.exiftool(name, "-XMP:Method"), {"Method": method})
+            self.assertEqual(after.count(XMP), name.endswith("jpg"))
+        self.bad("a set 1 of settings already", "settings insert padded.jpg --method 1 --number 1")
+        self.bad("no set 2", "settings edit padded.jpg --number 2 --set Boost=1")
+        self.bad("no set 2", "settings show padded.jpg --number 2")
+        self.bad("Lighting, Boost", "settings edit padded.jpg --set Gamma=1", status=2)
+
+    def test_refuses_what_would_harm_a_photograph(self):
+        packet = segment(0xE1, XMP + b"<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/"
+                         b"22-rdf-syntax-ns#'>%s</rdf:RDF></x:xmpmeta>")
+        full = packet.replace(b"%s", b" " * 64500)
+        self.files(**{"full.jpg": PHOTO[:2] + segment(0xE1, full[4:]) + PHOTO[2:],
+                      "pictures.jpg": PHOTO[:2] + segment(0xE2, b"MPF\0") + PHOTO[2:], "cut.jpg": PHOTO[:900],
+                      "broken.jpg": PHOTO.replace(b"</rdf:RDF>", b"</rdf:RDX>"),
+                      "raw.tif": b"II*\0\x10\0\0\0CR\2\0\0\0\0\0" + bytes(30), "cut.tif": b"II*\0\x10\0\0\0"})
+        self.run_line("convert in a.psd")
+        for expected, name in [("65502", "full.jpg"), ("further pictures", "pictures.jpg"), ("damaged", "cut.jpg"),
+                               ("well-formed", "broken.jpg"), ("raw photograph", "raw.tif"), ("PSD", "a.psd"),
+                               ("BigTIFF or damaged", "cut.tif")]:
+            self.bad(expected, "settings insert %s --method 1" % name)
+
+    def test_takes_settings_out_of_a_description_of_others(self):
+        start = b"<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n"
+        other = (b"<rdf:Description rdf:about=''\n xmlns:dc='http://purl.org/dc/elements/1.1/'%s dc:format='a > b'%s>\n"
+                 b"<dc:source>xmlns:lfst</dc:source>\n%s</rdf:Description>")
+        lfst = (b" xmlns:lfst=\"http://ns.lumenforge.org/lumenforge_settings07\"", b" lfst:Version=\"6.0\"",
+                b"<lfst:Method>Average</lfst:Method>\n<lfst:Brightness>4</lfst:Brightness>\n")
+        self.files(a=start + other % lfst + b"\n</rdf:RDF></x:xmpmeta>")
+        self.good("settings edit a --number 7 --set colortemperature=2")
+        told = json.loads(self.good("settings show --json a"))
+        self.assertEqual((told["number"], told["method"], told["settings"]["Brightness"],
+                          told["settings"]["ColorTemperature"]), (7, 14, 4, 2))
+        text = (self.dir / "a").read_bytes()
+        block = text.index(b"<rdf:Description", len(start) + 9)
+        self.assertEqual(text[:block] + text[text.index(b"</rdf:RDF"):],
+                         start + other % (b"", b"", b"") + b"\n</rdf:RDF></x:xmpmeta>")
+
+    def test_lists_methods_and_elements_and_shows_many_files(self):
+        self.assertEqual(len(self.good("settings methods").splitlines()), 9)
+        self.assertIn({"method": 14, "methodName": "Average"}, map(json.loads, self.good("settings methods --json").splitlines()))
+        told = {one.pop("element"): one for one in map(json.loads, self.good("settings elements --json 'tone balancer'").splitlines())}
+        self.assertEqual((told["Strength"], told["IsPano360"]), ({"default": 50, "expected": "a number"},
+                                                                 {"default": "No", "expected": "one of: No, Yes"}))
+        self.bad("no method", "settings elements foo", status=2)
+        self.files(none=b"x")
+        status, out, err = run(LFMETA, *"settings show photo.jpg none photo.jpg --json".split(), cwd=self.dir)
+        self.assertEqual((status, len(out.splitlines()), err.count("\n")), (1, 2, 1))
+
     def test_settings(self):
         self.good("settings write a.xmp --method 'details enhancer' --set Smoothing=Low --set SmoothingMode=Light --set"
                   " Strength=+12.5 --set IsPano360=Yes --set BrightnessIndividualColors=1,2,3,4,5,6,7,-8")
@@ -40,8 +131,7 @@ class ToolSettings(ToolTest):
             self.assertEqual(self.good("settings count packet"), "2\n")
         for data in [b"", b"x" * 500, text.replace(b"<rdf:RDF", b"<rdf:RDX")]:
             self.files(bad=data)
-            self.bad("x:xmpmeta", "settings insert bad --method 1")
-        self.bad("is an image", "settings insert photo.jpg --method 1")
+            self.bad("well-formed XMP packet", "settings insert bad --method 1")
         self.bad("not a regular file", "settings write . --method 1")
         self.bad("no settings", "settings show in")
 

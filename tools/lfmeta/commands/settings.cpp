@@ -1,45 +1,33 @@
 // lfmeta settings: the tone-mapping settings that photographs and XMP packets carry.
 #include <LumenforgeMetaLib.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/command_line.h"
 #include "base/failure.h"
-#include "base/replacement_file.h"
 #include "base/report.h"
-#include "base/whole_file.h"
 #include "commands/commands.h"
-#include "commands/settings_options.h"
+#include "commands/settings_changes.h"
 #include "commands/settings_vocabulary.h"
-#include "photos/photo_source.h"
-#include "photos/photo_type.h"
+#include "photos/packet_edit.h"
+#include "photos/packet_rewrite.h"
 
 namespace lfmeta {
 
 namespace {
 
-constexpr int kLastSetNumber = 99;
-
 struct Options {
-  std::string file;
+  std::vector<std::string> files;
   Output out;
+  std::string method;
   bool json = false;
   SettingsOptions settings;
-  int setNumber = 0;  // 0: the next one
+  std::optional<int> number;
 };
-
-// The packet of an image, or the whole of any other file, with the NUL that the library wants.
-Bytes packetIn(const std::string& path) {
-  Bytes packet = findPhotoType(path) ? readPhotoSource(path).xmp : readForLibrary(path);
-  packet.push_back(0);
-  return packet;
-}
-
-int textLength(const Bytes& packet) {
-  return static_cast<int>(packet.size());
-}
 
 Json valueOf(const std::string& text) {
   const std::vector<double> numbers = numbersIn(text);
@@ -47,131 +35,214 @@ Json valueOf(const std::string& text) {
   return numbers.size() == 1 ? Json(numbers.front()) : Json(numbers);
 }
 
-int showSettings(const Options& options) {
-  const Bytes packet = packetIn(options.file);
-  const int number = get_settings_from_xmp(LUMENFORGE_SELECT_METHOD, textLength(packet),
-                                           packet.data(), nullptr, nullptr);
-  SettingsParams params{};
-  if (number <= 0 ||
-      get_settings_from_xmp(number, textLength(packet), packet.data(), nullptr, params) <= 0) {
-    throw Failure(options.file, "holds no settings, or those of an unknown method");
+struct FoundSettings {
+  std::vector<int> sets;  // the numbers of all; empty in a text that is no well-formed packet
+  int number = 0;         // of this one
+  int method = 0;
+  std::vector<Setting> settings;
+};
+
+// The text to read them from, as the library wants it: the whole or, for a number, one description.
+Bytes textOfSet(const std::string& path, std::optional<int> number, FoundSettings& found) {
+  Bytes packet = packetOf(path);
+  const auto outline = outlineOf(packet);
+  std::optional<PacketDescription> chosen;
+  for (const SettingsSet& set : outline ? settingsSets(*outline) : std::vector<SettingsSet>{}) {
+    found.sets.push_back(set.number);
+    if (number && *number == set.number) chosen = outline->descriptions[set.description];
   }
-  const std::string name = findMethod(std::to_string(number)).name;
-  const std::vector<Setting> settings = settingsOf(number, params);
+  if (number && !chosen) {
+    throw Failure(path, "holds no set " + std::to_string(*number) + " of settings");
+  }
+  if (chosen) {
+    packet = Bytes(packet.begin() + static_cast<std::ptrdiff_t>(chosen->start),
+                   packet.begin() + static_cast<std::ptrdiff_t>(chosen->end));
+  }
+  found.number = number.value_or(found.sets.empty() ? 0 : found.sets.front());
+  packet.push_back('\0');
+  return packet;
+}
+
+FoundSettings findSettings(const std::string& path, std::optional<int> number) {
+  FoundSettings found;
+  const Bytes text = textOfSet(path, number, found);
+  const int length = static_cast<int>(text.size());
+  SettingsParams params{};
+  found.method =
+      get_settings_from_xmp(LUMENFORGE_SELECT_METHOD, length, text.data(), nullptr, nullptr);
+  if (found.method <= 0 ||
+      get_settings_from_xmp(found.method, length, text.data(), nullptr, params) <= 0) {
+    throw Failure(path, "holds no settings, or those of an unknown method");
+  }
+  found.settings = settingsOf(found.method, params);
+  return found;
+}
+
+void showOne(const std::string& path, const Options& options) {
+  const FoundSettings found = findSettings(path, options.number);
+  const std::string method = findMethod(std::to_string(found.method)).name;
   if (options.json) {
     Json values = Json::object();
-    for (const Setting& setting : settings) values[setting.element] = valueOf(setting.text);
+    for (const Setting& setting : found.settings) values[setting.element] = valueOf(setting.text);
     const Json all{
-        {"file", options.file}, {"method", number}, {"methodName", name}, {"settings", values}};
+        {"file", path},         {"number", found.number > 0 ? Json(found.number) : Json()},
+        {"sets", found.sets},   {"method", found.method},
+        {"methodName", method}, {"settings", values}};
     std::printf("%s\n", jsonLine(all).c_str());
-    return kSuccess;
+    return;
   }
-  std::printf("%s\n  %-28s%s (%d)\n", printable(options.file).c_str(), "Method", name.c_str(),
-              number);
-  for (const Setting& setting : settings) {
-    std::printf("  %-28s%s\n", setting.element.c_str(), setting.text.c_str());
+  std::printf("%s\n", printable(path).c_str());
+  const auto line = [](const std::string& label, const std::string& text) {
+    std::printf("  %-28s%s\n", label.c_str(), text.c_str());
+  };
+  if (found.sets.size() > 1) {
+    std::string all;
+    for (const int number : found.sets) all += (all.empty() ? "" : ", ") + std::to_string(number);
+    line("Set", std::to_string(found.number) + " (of " + all + ")");
+  }
+  line("Method", method + " (" + std::to_string(found.method) + ")");
+  for (const Setting& setting : found.settings) line(setting.element, setting.text);
+}
+
+int runShow(const Options& options) {
+  int status = kSuccess;
+  for (const std::string& path : options.files) {
+    const int one = runReportingFailure([&] {
+      showOne(path, options);
+      return kSuccess;
+    });
+    status = std::max(status, one);
+  }
+  return status;
+}
+
+int runCount(const Options& options) {
+  Bytes packet = packetOf(options.files.front());
+  packet.push_back('\0');
+  std::printf("%d\n", lfsettings_occurences_in_xmp(static_cast<int>(packet.size()), packet.data()));
+  return kSuccess;
+}
+
+int runWrite(const Options& options) {
+  writeSettings(options.out, options.settings);
+  return kSuccess;
+}
+
+int runInsert(const Options& options) {
+  insertSettings(options.files.front(), options.settings, options.number);
+  return kSuccess;
+}
+
+int runEdit(const Options& options) {
+  editSettings(options.files.front(), options.settings.assignments, options.number);
+  return kSuccess;
+}
+
+int runMethods(const Options& options) {
+  for (const Method& method : namedMethods()) {
+    if (options.json) {
+      const Json one{{"method", method.number}, {"methodName", method.name}};
+      std::printf("%s\n", jsonLine(one).c_str());
+    } else {
+      std::printf("%3d  %s\n", method.number, method.name.c_str());
+    }
   }
   return kSuccess;
 }
 
-int writeSettings(const Options& options) {
+int runElements(const Options& options) {
+  const Method method = findMethod(options.method);
   SettingsParams params{};
-  const int method = options.settings.read(params);
-  ReplacementFile file(options.out, {});
-  if (write_xmp(file.path().c_str(), method, params) < 0) {
-    throw Failure(options.out.path, "cannot be written; is there room on the disk?");
+  def_param(method.number, params);
+  for (const Setting& setting : settingsOf(method.number, params)) {
+    const std::string expected = expectedText(method.number, params, setting.element);
+    if (options.json) {
+      const Json one{
+          {"element", setting.element}, {"default", valueOf(setting.text)}, {"expected", expected}};
+      std::printf("%s\n", jsonLine(one).c_str());
+    } else {
+      std::printf("%-29s%-33s%s\n", setting.element.c_str(), setting.text.c_str(),
+                  expected.c_str());
+    }
   }
-  file.commit();
   return kSuccess;
 }
 
-int countIn(const Bytes& packet) {
-  return lfsettings_occurences_in_xmp(textLength(packet), packet.data());
+void addFile(CLI::App& action, Options& options, const char* help, bool several = false) {
+  action.add_option("FILE", options.files, help)
+      ->type_name("")
+      ->required()
+      ->expected(1, several ? CLI::detail::expected_max_vector_size : 1);
 }
 
-int insertSettings(const Options& options) {
-  SettingsParams params{};
-  const int method = options.settings.read(params);
-  if (findPhotoType(options.file)) {
-    throw Failure(options.file, "is an image; settings are inserted into a file of XMP text");
-  }
-  Bytes packet = packetIn(options.file);
-  const int setNumber = options.setNumber > 0 ? options.setNumber : countIn(packet) + 1;
-  if (setNumber > kLastSetNumber) {
-    throw Failure(options.file, "holds settings enough; choose their place with --number 1 to 99");
-  }
-  packet.pop_back();
-
-  // A packet is searched for its RDF element from byte 65 on. Blanks put before it, and taken away
-  // again, let one that begins without a processing instruction be searched from its first byte.
-  constexpr std::size_t kUnsearched = 65;
-  packet.insert(packet.begin(), kUnsearched, ' ');
-  const int length = textLength(packet);
-  const int blockSize = insert_xmp(0, method, params, 0, 0, nullptr);
-  packet.resize(packet.size() + static_cast<std::size_t>(blockSize));
-  if (insert_xmp(setNumber, method, params, length, blockSize,
-                 reinterpret_cast<char*>(packet.data())) <= 0) {
-    throw Failure(options.file,
-                  "is no XMP packet with x:xmpmeta and rdf:RDF elements that "
-                  "settings can be inserted into; nothing is changed");
-  }
-  ReplacementFile file(options.file);
-  file.write(std::span(packet).subspan(kUnsearched));
-  file.commit();
-  return kSuccess;
+void addNumber(CLI::App& action, Options& options, const char* help) {
+  action.add_option("--number", options.number, help)
+      ->type_name("N")
+      ->transform(wholeNumber(1, kLastSetNumber));
 }
 
-int countSettings(const Options& options) {
-  std::printf("%d\n", countIn(packetIn(options.file)));
-  return kSuccess;
-}
-
-struct Action {
-  const char* name;
-  const char* fileLabel;
-  const char* fileHelp;
-  const char* help;
-  int (*run)(const Options&);
-  bool takesSettings;
-};
-
-constexpr const char* kAnyFile = "JPEG, TIFF or PSD image, or a file of XMP text";
-
-constexpr Action kActions[] = {
-    {"show", "FILE", kAnyFile, "Show the method and the settings in an image or an XMP file",
-     showSettings, false},
-    {"write", "OUT.xmp", nullptr, "Write settings as an XMP packet file", writeSettings, true},
-    {"insert", "PACKET.xmp", "File of XMP text, which is changed",
-     "Insert a settings block into an XMP packet file", insertSettings, true},
-    {"count", "FILE", kAnyFile, "Count the settings blocks in an image or an XMP file",
-     countSettings, false},
-};
+constexpr const char* kReadFile = "JPEG, TIFF or PSD image, or a file of XMP text";
+constexpr const char* kChangedFile = "JPEG or TIFF image, or a file of XMP text, which is changed";
 
 }  // namespace
 
 void addSettingsCommand(CLI::App& app, Run& chosen) {
-  CLI::App* command = app.add_subcommand("settings", "Show, write, insert or count settings");
+  CLI::App* command = app.add_subcommand("settings", "Show, write, insert, edit or count settings");
   command->require_subcommand(1);
-  for (const Action& action : kActions) {
-    CLI::App* one = command->add_subcommand(action.name, action.help);
-    const auto options = std::make_shared<Options>();
-    if (action.run == writeSettings) {
-      options->out.addTo(*one, action.fileLabel, FileKind::settingsPacket)->required();
-    } else {
-      one->add_option(action.fileLabel, options->file, action.fileHelp)->type_name("")->required();
-    }
-    if (action.takesSettings) options->settings.addTo(*one)->required();
-    if (action.run == insertSettings) {
-      one->add_option("--number", options->setNumber,
-                      "Number of the set, 1 to 99; one more than there are")
-          ->type_name("N")
-          ->transform(wholeNumber(1, kLastSetNumber));
-    }
-    if (action.run == showSettings) {
-      one->add_flag("--json", options->json, "One JSON object");
-      one->footer("Values are shown as the library writes them, numbers to one decimal mostly.");
-    }
-    runWhenAsked(*one, chosen, options, action.run);
+  const auto add = [&](const char* name, const char* help, int (*run)(const Options&)) {
+    CLI::App* action = command->add_subcommand(name, help);
+    auto options = std::make_shared<Options>();
+    runWhenAsked(*action, chosen, std::shared_ptr<Options>(options), run);
+    return std::pair<CLI::App&, Options&>(*action, *options);
+  };
+  {
+    const auto [action, options] =
+        add("show", "Show the method and the settings in images or XMP files", runShow);
+    addFile(action, options, kReadFile, true);
+    addNumber(action, options, "Number of the set to show; the first one");
+    action.add_flag("--json", options.json, "One JSON object a file");
+    action.footer("Values are shown as the library writes them, numbers to one decimal mostly.");
+  }
+  {
+    const auto [action, options] =
+        add("write", "Write settings as an XMP packet file, or as those of an image", runWrite);
+    options.out.addTo(action, "OUT", FileKind::settingsPacket)->required();
+    options.settings.addTo(action)->required();
+    action.footer(
+        "A JPEG or TIFF image that is there gets the settings instead of its own; all else in its "
+        "packet, and in the image, stays as it is. --force replaces the whole file.");
+  }
+  {
+    const auto [action, options] =
+        add("insert", "Insert one more set of settings into an image or an XMP file", runInsert);
+    addFile(action, options, kChangedFile);
+    options.settings.addTo(action)->required();
+    addNumber(action, options, "Number of the set; one more than the highest");
+  }
+  {
+    const auto [action, options] =
+        add("edit", "Change settings in an image or an XMP file", runEdit);
+    addFile(action, options, kChangedFile);
+    options.settings.addAssignmentsTo(action, "Value to change; may be repeated")->required();
+    addNumber(action, options, "Number of the set to change; the first one");
+    action.footer("The set is written anew, in the form that the library writes.");
+  }
+  {
+    const auto [action, options] =
+        add("count", "Count the sets of settings in an image or an XMP file", runCount);
+    addFile(action, options, kReadFile);
+  }
+  {
+    const auto [action, options] = add("methods", "List the methods", runMethods);
+    action.add_flag("--json", options.json, "One JSON object a method");
+  }
+  {
+    const auto [action, options] =
+        add("elements", "List the elements of a method, with their defaults", runElements);
+    action.add_option("METHOD", options.method, "Method, by name or number")
+        ->type_name("")
+        ->required();
+    action.add_flag("--json", options.json, "One JSON object an element");
   }
 }
 

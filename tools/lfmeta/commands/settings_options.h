@@ -14,6 +14,8 @@ struct SettingsOptions {
 
   // Returns the option --method.
   CLI::Option* addTo(CLI::App& command);
+  // The option --set alone.
+  CLI::Option* addAssignmentsTo(CLI::App& command, const std::string& help);
   // Fills the record; returns the number of the method, or 0 when none was asked for. Throws
   // Failure.
   int read(float* params) const;

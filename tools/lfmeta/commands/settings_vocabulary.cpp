@@ -44,8 +44,10 @@ bool isSetting(const Setting& element) {
 }
 
 const Setting* findElement(const std::vector<Setting>& elements, std::string_view name) {
-  const auto found = std::find_if(elements.begin(), elements.end(),
-                                  [&](const Setting& s) { return s.element == name; });
+  const auto found = std::find_if(elements.begin(), elements.end(), [&](const Setting& s) {
+    return s.element.size() == name.size() &&
+           strncasecmp(s.element.data(), name.data(), name.size()) == 0;
+  });
   return found == elements.end() ? nullptr : &*found;
 }
 
@@ -61,32 +63,6 @@ bool sameMeaning(const std::string& given, const std::string& written) {
   if (back.empty()) return given == written;
   return numbersIn(given).size() == back.size() &&
          std::all_of(back.begin(), back.end(), [](double number) { return std::isfinite(number); });
-}
-
-// What may stand in the element: found by trying what the library writes for small numbers.
-std::string expectedText(int method, const float* params, const std::string& element) {
-  const std::vector<Setting> settings = settingsOf(method, params);
-  const std::size_t numbers = numbersIn(findElement(settings, element)->text).size();
-  if (numbers > 0) {
-    return numbers == 1 ? "a number" : std::to_string(numbers) + " numbers with commas between";
-  }
-  std::vector<std::string> words;
-  for (int slot = 0; slot < kSettingsParamsSlots; ++slot) {
-    for (int value = 0; value < kMostWords; ++value) {
-      SettingsParams probe;
-      std::copy_n(params, kSettingsParamsSlots, probe);
-      probe[slot] = static_cast<float>(value);
-      const std::vector<Setting> probed = settingsOf(method, probe);
-      const Setting* word = findElement(probed, element);  // the probe may have written it away
-      if (word != nullptr && numbersIn(word->text).empty() &&
-          std::find(words.begin(), words.end(), word->text) == words.end()) {
-        words.push_back(word->text);
-      }
-    }
-  }
-  std::string list;
-  for (const std::string& word : words) list += (list.empty() ? "" : ", ") + word;
-  return "one of: " + list;
 }
 
 [[noreturn]] void refuseAssignment(const Method& method, const std::string& assignment,
@@ -155,9 +131,34 @@ std::vector<double> numbersIn(const std::string& text) {
   return numbers;
 }
 
+// Words are found by trying what the library writes for small numbers.
+std::string expectedText(int method, const float* params, const std::string& element) {
+  const std::vector<Setting> settings = settingsOf(method, params);
+  const std::size_t numbers = numbersIn(findElement(settings, element)->text).size();
+  if (numbers > 0) {
+    return numbers == 1 ? "a number" : std::to_string(numbers) + " numbers with commas between";
+  }
+  std::vector<std::string> words;
+  for (int slot = 0; slot < kSettingsParamsSlots; ++slot) {
+    for (int value = 0; value < kMostWords; ++value) {
+      SettingsParams probe;
+      std::copy_n(params, kSettingsParamsSlots, probe);
+      probe[slot] = static_cast<float>(value);
+      const std::vector<Setting> probed = settingsOf(method, probe);
+      const Setting* word = findElement(probed, element);  // the probe may have written it away
+      if (word != nullptr && numbersIn(word->text).empty() &&
+          std::find(words.begin(), words.end(), word->text) == words.end()) {
+        words.push_back(word->text);
+      }
+    }
+  }
+  std::string list;
+  for (const std::string& word : words) list += (list.empty() ? "" : ", ") + word;
+  return "one of: " + list;
+}
+
 void assignSettings(const Method& method, const std::vector<std::string>& assignments,
                     float* params) {
-  def_param(method.number, params);
   std::string block = settingsBlock(method.number, params);
   const std::vector<Setting> elements = elementsOf(block);
 

@@ -35,10 +35,14 @@ std::vector<Setting> settingsOf(int method, const float* params);
 // They may be infinite or not a number.
 std::vector<double> numbersIn(const std::string& text);
 
-// The defaults of the method with assignments "Element=text" on top of them, later ones first.
-// Throws UsageFailure for an element that the method does not have and for a text without a
+// Assignments "Element=text" (the element in any case of letters) on top of the record, later ones
+// first. Throws UsageFailure for an element that the method does not have and for a text without a
 // meaning.
 void assignSettings(const Method& method, const std::vector<std::string>& assignments,
                     float* params);
+
+// What may stand in the element of the method, for a person, as things stand in the record: "a
+// number", "one of: Light, Slider".
+std::string expectedText(int method, const float* params, const std::string& element);
 
 }  // namespace lfmeta

@@ -104,9 +104,9 @@ void addTiffCommand(CLI::App& app, Run& chosen) {
       "Between integers and floating point, 0 to 1 stands for the whole range of the integers: "
       "floats outside of it are cut off, and no tone curve is applied. 8 bits become 16 times 257; "
       "16 bits become 8 by their high byte. Floats become the nearest half, infinite from 65520 "
-      "on. Opacity is left out. Settings asked for with "
-      "--method stand in a packet of their own, instead of the photograph's. Pixels may take 64 "
-      "MiB, or 1032 bytes for each byte of IN, and 2 GiB at most; --max-memory sets another limit. "
+      "on. Opacity is left out. Settings asked for with --method take the place of those in the "
+      "photograph's packet. Pixels may take 64 MiB, or 1032 bytes for each byte of IN, and 2 GiB "
+      "at most; --max-memory sets another limit. "
       "A progressive JPEG takes up to three times as much again while it is read.");
   runWhenAsked(*command, chosen, options, writeTiff);
 }

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <span>
 
 #include "base/failure.h"
 #include "base/replacement_file.h"
 #include "photos/packet_edit.h"
+#include "photos/photo_file.h"
 #include "photos/tiff_rewrite.h"
 #include "photos/tiff_structure.h"
 
@@ -77,27 +77,32 @@ void replaceInJpeg(const std::string& path, Bytes packet) {
   file.write(std::span(reinterpret_cast<const unsigned char*>(kXmpSignature.data()),
                        kXmpSignature.size()));
   file.write(packet);
-  copy(path, place.end, std::filesystem::file_size(path), file);
+  copy(path, place.end, PhotoFile(path).size(), file);
   file.commit();
 }
 
-// The pictures of raw photographs stand in directories below the first. A DNG is made for XMP.
-bool isRaw(const std::string& path) {
+// The pictures of raw photographs stand in directories below the first; a DNG is made for XMP. What
+// has no picture in its first directory is an EXIF block alone.
+bool isPlainTiff(const std::string& path) {
+  constexpr uint16_t kImageWidth = 256;
   constexpr uint16_t kSubDirectories = 330;
   constexpr uint16_t kDngVersion = 50706;
   const Bytes mark = readRegion(path, 8, 2);
-  if (!mark.empty() && mark[0] == 'C' && mark[1] == 'R') return true;
+  if (!mark.empty() && mark[0] == 'C' && mark[1] == 'R') return false;
   const auto tiff = TiffStructure::at(path);
   const auto directory = tiff ? tiff->directory(tiff->firstDirectory()) : std::nullopt;
-  return directory && findEntry(*directory, kSubDirectories) != nullptr &&
-         findEntry(*directory, kDngVersion) == nullptr;
+  if (!directory) return false;
+  const auto has = [&](uint16_t tag) { return findEntry(*directory, tag) != nullptr; };
+  return has(kImageWidth) && (!has(kSubDirectories) || has(kDngVersion));
 }
 
 void replaceInTiff(const std::string& path, Bytes packet) {
   constexpr uint16_t kXmpTag = 700;
   constexpr uint16_t kByte = 1;
-  if (isRaw(path)) {
-    throw Failure(path, "is a raw photograph, which stays as it is; write a file of XMP beside it");
+  if (!isPlainTiff(path)) {
+    throw Failure(path,
+                  "is no TIFF picture that is changed (a raw photograph, a BigTIFF or damaged); "
+                  "write a file of XMP beside it");
   }
   const PhotoBlocks blocks = findBlocks(path, PhotoType::tiff);
   refitPadding(packet, blocks.xmp ? blocks.xmp->size : 0, kMaxLibrarySize);
@@ -115,6 +120,23 @@ void replacePacket(const std::string& path, PhotoType type, Bytes packet) {
     case PhotoType::psd:
       throw Failure(path, "is a PSD, which is only read; write a file of XMP beside it");
   }
+}
+
+bool takesPacket(const std::string& path) {
+  const auto type = findPhotoType(path);
+  return type == PhotoType::jpeg || (type == PhotoType::tiff && isPlainTiff(path));
+}
+
+Bytes packetOf(const std::string& path) {
+  const auto type = findPhotoType(path);
+  return type ? readPacket(path, findBlocks(path, *type)) : readForLibrary(path);
+}
+
+void replacePacketOf(const std::string& path, Bytes packet) {
+  if (const auto type = findPhotoType(path)) return replacePacket(path, *type, std::move(packet));
+  ReplacementFile file(path);
+  file.write(packet);
+  file.commit();
 }
 
 }  // namespace lfmeta

@@ -1,0 +1,138 @@
+#include "commands/settings_changes.h"
+
+#include <LumenforgeMetaLib.h>
+
+#include <algorithm>
+
+#include "base/failure.h"
+#include "base/replacement_file.h"
+#include "commands/settings_vocabulary.h"
+#include "photos/packet_edit.h"
+#include "photos/packet_rewrite.h"
+#include "photos/photo_type.h"
+
+namespace lfmeta {
+
+namespace {
+
+// A packet that can be changed, as it stands in the file.
+struct EditedPacket {
+  Bytes text;
+  PacketOutline outline;
+  std::vector<SettingsSet> sets;
+
+  EditedPacket(const std::string& path, Bytes packet) : text(std::move(packet)) {
+    auto found = outlineOf(text);
+    if (!found) {
+      throw Failure(path,
+                    "holds no well-formed XMP packet with an rdf:RDF element that settings could "
+                    "stand in; nothing is changed");
+    }
+    outline = std::move(*found);
+    sets = settingsSets(outline);
+  }
+
+  bool has(int number) const {
+    return std::any_of(sets.begin(), sets.end(),
+                       [number](const SettingsSet& set) { return set.number == number; });
+  }
+};
+
+EditedPacket readPacketToEdit(const std::string& path) {
+  Bytes packet = packetOf(path);
+  const bool none = packet.empty() && findPhotoType(path);
+  return {path, none ? newPacket() : std::move(packet)};
+}
+
+int nextNumber(const std::string& path, const EditedPacket& packet) {
+  int highest = 0;
+  for (const SettingsSet& set : packet.sets) highest = std::max(highest, set.number);
+  if (highest < kLastSetNumber) return highest + 1;
+  for (int number = 1; number <= kLastSetNumber; ++number) {
+    if (!packet.has(number)) return number;
+  }
+  throw Failure(path, "holds 99 sets of settings, the most that there can be");
+}
+
+const SettingsSet& chooseSet(const std::string& path, const EditedPacket& packet,
+                             std::optional<int> number) {
+  const auto found =
+      std::find_if(packet.sets.begin(), packet.sets.end(),
+                   [number](const SettingsSet& set) { return !number || set.number == *number; });
+  if (found == packet.sets.end()) {
+    throw Failure(path, number ? "holds no set " + std::to_string(*number) + " of settings"
+                               : "holds no settings");
+  }
+  return *found;
+}
+
+// The settings of one description alone; returns their method.
+int readSet(const std::string& path, const EditedPacket& packet,
+            const PacketDescription& description, float* params) {
+  Bytes text(packet.text.begin() + static_cast<std::ptrdiff_t>(description.start),
+             packet.text.begin() + static_cast<std::ptrdiff_t>(description.end));
+  text.push_back('\0');
+  const int length = static_cast<int>(text.size());
+  const int method =
+      get_settings_from_xmp(LUMENFORGE_SELECT_METHOD, length, text.data(), nullptr, nullptr);
+  if (method <= 0 || get_settings_from_xmp(method, length, text.data(), nullptr, params) <= 0) {
+    throw Failure(path, "holds settings of an unknown method, which cannot be edited");
+  }
+  return method;
+}
+
+void putInPhoto(const std::string& path, int method, const float* params) {
+  EditedPacket packet = readPacketToEdit(path);
+  for (auto set = packet.sets.rbegin(); set != packet.sets.rend(); ++set) {
+    removeSettings(packet.text, packet.outline.descriptions[set->description]);
+  }
+  packet = EditedPacket(path, std::move(packet.text));
+  insertFirst(packet.text, packet.outline, settingsBlock(method, params));
+  replacePacketOf(path, std::move(packet.text));
+}
+
+}  // namespace
+
+void writeSettings(const Output& out, const SettingsOptions& settings) {
+  SettingsParams params{};
+  const int method = settings.read(params);
+  if (!out.force && out.path != "-" && takesPacket(out.path)) {
+    return putInPhoto(out.path, method, params);
+  }
+  ReplacementFile file(out, {});
+  if (write_xmp(file.path().c_str(), method, params) < 0) {
+    throw Failure(out.path, "cannot be written; is there room on the disk?");
+  }
+  file.commit();
+}
+
+void insertSettings(const std::string& path, const SettingsOptions& settings,
+                    std::optional<int> number) {
+  SettingsParams params{};
+  const int method = settings.read(params);
+  EditedPacket packet = readPacketToEdit(path);
+  const int ownNumber = number.value_or(0) > 0 ? *number : nextNumber(path, packet);
+  if (packet.has(ownNumber)) {
+    throw Failure(path, "holds a set " + std::to_string(ownNumber) +
+                            " of settings already; settings edit changes it");
+  }
+  insertFirst(packet.text, packet.outline, settingsBlock(method, params, ownNumber));
+  replacePacketOf(path, std::move(packet.text));
+}
+
+void editSettings(const std::string& path, const std::vector<std::string>& assignments,
+                  std::optional<int> number) {
+  EditedPacket packet = readPacketToEdit(path);
+  const SettingsSet& set = chooseSet(path, packet, number);
+  const PacketDescription& description = packet.outline.descriptions[set.description];
+  SettingsParams params{};
+  const int method = readSet(path, packet, description, params);
+  assignSettings(findMethod(std::to_string(method)), assignments, params);
+  const std::size_t place = removeSettings(packet.text, description);
+  const std::string block = settingsBlock(method, params, set.number);
+  packet.text.insert(packet.text.begin() + static_cast<std::ptrdiff_t>(place), block.begin(),
+                     block.end());
+  replacePacketOf(path, std::move(packet.text));
+}
+
+}  // namespace lfmeta
