@@ -7,9 +7,7 @@
  *
  * Conventions
  *   - Every function returns a 32-bit integer: non-negative on success, a negative code on failure.
- *     The codes shared by all: -1 a file cannot be opened or read, -2 wrong signature or byte
- *     order, -3 unsupported variant (or a text that does not end in NUL), -4 no memory, -5 no or
- *     another settings method. Each function lists its own.
+ *     Each function lists its codes; below, they stand by number.
  *   - Every record and buffer belongs to the caller; the library keeps none, and frees what it
  *     allocates before it returns. Every file that a call opens is closed when it returns, and on
  *     exec meanwhile. A call needs less than 32 KiB of stack.
@@ -49,7 +47,32 @@ extern "C" {
 #define LUMENFORGE_VERSION_PATCH 0
 #define LUMENFORGE_VERSION_STRING "1.0.0"
 
-/* Results that mean the same wherever a function lists them. */
+/*
+ * Negative results, by number: what they mean, and where.
+ *
+ *    -1  cannot be opened or read, or ends too soon: getExifData, read_iptc, extract_xmp, read_xmp,
+ *        parse_image_description, get_tif_tag (or has no such tag); cannot be opened or created:
+ *        write_xmp, buf2tif (or no memory for the directory), update_tif_profile (or no size);
+ *        nothing that is asked for: time_from_datetime, get_profile_name, write_exif_buf; a block
+ *        without room for more, or damaged: insert_xmp, add_iptc_keyword
+ *    -2  wrong signature or byte order: getExifData, read_iptc, get_tif_tag; too few bytes:
+ *        read_xmp; a method without a name: write_xmp; a keyword that is too long:
+ *        add_iptc_keyword; cannot be written: buf2tif (the header), update_tif_profile
+ *    -3  a variant that is not supported: getExifData; a text that does not end in NUL:
+ *        get_settings_from_xmp, extract_xmp, lfsettings_occurences_in_xmp; a stream that cannot be
+ *        seeked: get_tif_tag; cannot be written: buf2tif (the pixels), write_xmp
+ *    -4  no memory: parse_photoshop_data (or a negative length), read_xmp, write_xmp, buf2tif,
+ *        hdrMinMax
+ *    -5  no settings method, another one, or none that can be asked for: get_settings_from_xmp,
+ *        extract_xmp, read_xmp, insert_xmp
+ *    -6  an image that cannot be written: buf2tif
+ *   -10  no FF where a marker should start: getExifData
+ *   -12  the directory cannot be written: buf2tif
+ *   -34, -130  a packet that is too short: insert_xmp, which for one without its elements returns
+ *        the packet's length, negative
+ *
+ * Those that mean the same in several functions:
+ */
 enum {
   LUMENFORGE_OK = 1,
   LUMENFORGE_CANNOT_READ = -1,
