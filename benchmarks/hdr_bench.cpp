@@ -29,10 +29,10 @@ struct Image {
 
 // Mantissas at random; exponents from `lowest` to `highest`, at random or as a gradient along the
 // row. Widths are no multiple of anything, as a cropped picture's.
-Image makeImage(int megapixels, int lowest, int highest, int width = 0) {
+Image makeImage(double megapixels, int lowest, int highest, int width = 0) {
   Image image;
-  image.width = width > 0 ? width : megapixels < 50 ? 6011 : 12251;
-  image.height = megapixels * 1'000'000 / image.width;
+  image.width = width > 0 ? width : megapixels < 1 ? 611 : megapixels < 50 ? 6011 : 12251;
+  image.height = static_cast<int>(megapixels * 1e6) / image.width;
   const auto pixels = static_cast<size_t>(image.width);
   image.bytes.resize(4 * pixels * static_cast<size_t>(image.height));
   std::mt19937_64 random(42);
@@ -90,13 +90,13 @@ void measure(const Image& image, int road, float* result) {
     hdrMinMax(image.width, image.height, image.bytes.data(), result);
     return;
   }
-  float powers[256];
+  double powers[256];
   fillPowers(powers);
   const Brightness b =
       measureImage(image.width, image.height, image.bytes.data(), powers, blockTotalsSse2);
-  result[0] = b.minimum;
-  result[1] = b.maximum;
-  result[2] = b.mean();
+  result[0] = toFloat(b.minimum);
+  result[1] = toFloat(b.maximum);
+  result[2] = toFloat(b.mean());
 }
 
 double secondsSince(std::chrono::steady_clock::time_point start) {
@@ -144,6 +144,21 @@ BENCHMARK(BM_Exponents)
     ->ArgNames({"sse2", "Mpx", "from", "to"})
     ->ArgsProduct({{kAvx2, kSse2}, {24, 100}, {122}, {133, 135, 141}})
     ->ArgsProduct({{kAvx2, kSse2}, {24}, {0, 1}, {248, 255}});
+
+// A picture that the processor's cache holds. Arguments: road, width, lowest and highest exponent.
+void BM_InCache(benchmark::State& state) {
+  run(state,
+      makeImage(0.3, static_cast<int>(state.range(2)), static_cast<int>(state.range(3)),
+                static_cast<int>(state.range(1))),
+      static_cast<int>(state.range(0)));
+}
+BENCHMARK(BM_InCache)
+    ->UseManualTime()
+    ->Iterations(500)
+    ->Unit(benchmark::kMicrosecond)
+    ->ArgNames({"sse2", "width", "from", "to"})
+    ->ArgsProduct({{kAvx2, kSse2}, {611, 640, 6011}, {122}, {133}})
+    ->ArgsProduct({{kAvx2}, {611, 640}, {1}, {255}});
 
 // Narrow rows, where the work per stretch weighs most. Arguments: road, width, highest exponent.
 void BM_Narrow(benchmark::State& state) {

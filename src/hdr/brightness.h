@@ -30,22 +30,27 @@ struct PixelPlanes {
   PixelPlanes below(size_t rows) const { return {first + 4 * width * rows, width}; }
 };
 
+// In double precision, where no brightness is subnormal: what a host has told the processor to do
+// with subnormal numbers changes nothing.
 struct Brightness {
-  float minimum = 1e11F;  // smallest above 0
-  float maximum = 0;
+  double minimum = 1e11F;  // smallest above 0
+  double maximum = 0;
   double sum = 0;
   uint64_t count = 0;  // pixels whose exponent is not 0
 
-  float mean() const;
+  double mean() const;
 };
 
 // powers[e] = 2^(e - 128), for 256 exponents.
-void fillPowers(float* powers);
+void fillPowers(double* powers);
 
 // The definition: `count` pixels of each of `rows` rows, one by one. Every other way to measure
 // gives the same bits.
-void addInOrder(const PixelPlanes& pixels, size_t count, size_t rows, const float* powers,
+void addInOrder(const PixelPlanes& pixels, size_t count, size_t rows, const double* powers,
                 Brightness& result);
+
+// Rounded once to single precision, subnormal or not.
+float toFloat(double value);
 
 // ---- Blocks of pixels as integers
 
@@ -92,7 +97,7 @@ ExponentRange exponentRange(const uint8_t* exponents, size_t count);
 inline constexpr size_t kStretchPixels = 1024;
 
 // `data`: `height` rows of four planes of `width` bytes, without gaps.
-Brightness measureImage(int width, int height, const uint8_t* data, const float* powers,
+Brightness measureImage(int width, int height, const uint8_t* data, const double* powers,
                         BlockTotalsFunction blockTotals);
 
 }  // namespace lumenforge

@@ -37,14 +37,14 @@ int baseOf(const ExponentRange& range) {
 
 // Whether exponents of this range may be worth measuring as integers: once the sum has outgrown
 // their unit, it stays so.
-bool mayFit(const ExponentRange& range, const float* powers, double sum) {
+bool mayFit(const ExponentRange& range, const double* powers, double sum) {
   const int base = baseOf(range);
   return range.highest - base <= kMaxShift &&
-         sum < kExactMultiples * static_cast<double>(powers[base]);
+         sum < kExactMultiples * powers[base];
 }
 
 // Adds blocks of pixels as integers. False, and nothing added, where that might round.
-bool addBlocks(const PixelPlanes& pixels, size_t count, const float* powers,
+bool addBlocks(const PixelPlanes& pixels, size_t count, const double* powers,
                BlockTotalsFunction blockTotals, Brightness& result) {
   // A look at the first block spares the rest where exponents are wild.
   if (!mayFit(exponentRange(pixels.exponent(), kBlockPixels), powers, result.sum)) return false;
@@ -53,7 +53,7 @@ bool addBlocks(const PixelPlanes& pixels, size_t count, const float* powers,
   if (!mayFit(range, powers, result.sum)) return false;
 
   const int base = baseOf(range);
-  const auto unit = static_cast<double>(powers[base]);
+  const double unit = powers[base];
   const BlockTotals totals = blockTotals(pixels, count, base);
   const double sum = result.sum + static_cast<double>(totals.sum) * unit;
   const double grain = result.sum > 0 ? std::min(unit, lowestBit(result.sum)) : unit;
@@ -61,16 +61,12 @@ bool addBlocks(const PixelPlanes& pixels, size_t count, const float* powers,
 
   result.sum = sum;
   result.count += count - range.zeros;
-  result.maximum =
-      std::max(result.maximum, static_cast<float>(static_cast<double>(totals.largest) * unit));
-  if (totals.smallest > 0) {
-    result.minimum =
-        std::min(result.minimum, static_cast<float>(static_cast<double>(totals.smallest) * unit));
-  }
+  result.maximum = std::max(result.maximum, totals.largest * unit);
+  if (totals.smallest > 0) result.minimum = std::min(result.minimum, totals.smallest * unit);
   return true;
 }
 
-void addStretch(const PixelPlanes& pixels, size_t count, const float* powers,
+void addStretch(const PixelPlanes& pixels, size_t count, const double* powers,
                 BlockTotalsFunction blockTotals, Brightness& result) {
   size_t done = count - count % kBlockPixels;
   if (done < kFewestBlockPixels || !addBlocks(pixels, done, powers, blockTotals, result)) done = 0;
@@ -83,7 +79,7 @@ BlockTotalsFunction chooseBlockTotals() {
   return __builtin_cpu_supports("avx2") ? blockTotalsAvx2 : blockTotalsSse2;
 }
 
-Brightness measureImage(int width, int height, const uint8_t* data, const float* powers,
+Brightness measureImage(int width, int height, const uint8_t* data, const double* powers,
                         BlockTotalsFunction blockTotals) {
   Brightness result;
   if (width <= 0 || height <= 0) return result;
@@ -106,14 +102,14 @@ Brightness measureImage(int width, int height, const uint8_t* data, const float*
 
 int hdrMinMax(int width, int height, const unsigned char* data, float* result) {
   using namespace lumenforge;
-  const ZeroedBuffer table = allocateZeroed(256 * sizeof(float));
+  const ZeroedBuffer table = allocateZeroed(256 * sizeof(double));
   if (table == nullptr) return kNoMemory;
-  auto* powers = reinterpret_cast<float*>(table.get());
+  auto* powers = reinterpret_cast<double*>(table.get());
   fillPowers(powers);
 
   const Brightness brightness = measureImage(width, height, data, powers, chooseBlockTotals());
-  result[0] = brightness.minimum;
-  result[1] = brightness.maximum;
-  result[2] = brightness.mean();
+  result[0] = toFloat(brightness.minimum);
+  result[1] = toFloat(brightness.maximum);
+  result[2] = toFloat(brightness.mean());
   return std::max(height, 0);
 }
