@@ -427,46 +427,113 @@ LUMENFORGE_API unsigned int fgetmi4(FILE* f, int byteOrder);
  * "http://ns.lumenforge.org/lumenforge_settingsNN", NN being the number of the settings set. They
  * are found by byte-exact search, not by parsing XML: a namespace declaration (in either quote,
  * known by the URI up to the slash after the host), then lfst:Method, then the elements, each in
- * element form (name, ">", value) or attribute form (name, "=", quote, value) as lfst:Method is.
+ * element form (name, ">", value) or attribute form (name, "=", quote, value) as lfst:Method is. So
+ * a start tag with attributes is no match for an element, and its end tag then is.
  *
- * Methods: 1 "Details Enhancer" (also "Contrast Enhancer"), 2 "Tone Compressor" (also "Smooth
- * Adaptation"), 3 "Contrast Optimizer", 4 "Tone Balancer", 10 "Fusion/Natural" (also
- * "Fusion/Adjust"), 11 "Fusion/Intensive", 13 "Fusion/2 images", 14 "Average", 15 "Fusion/Interior"
- * (also "Fusion/Realistic", "Fusion/Real-Estate"); 0 any other name. 12 has defaults and no name.
+ * Every number has one decimal ("70.0") unless the table says otherwise:
+ *    .000000  six decimals
+ *    curve    three decimals of 10 (v / 10)^0.3263790046007694, v being the slot's value
+ *    yes/no   "Yes" above 0, else "No "
+ *    list     eight numbers with commas between them, for eight slots
+ * An element under "also read" is an older name, never written; it wins when a packet holds both.
  *
- * Slots (element, default when not 0). An element in brackets is another name that is read and
- * never written; it wins when a packet holds both, but for Shadows. Numbers are written with one
- * decimal unless marked: f six decimals, c three decimals on the clip curve 10 (v/10)^0.326379...,
- * y "Yes" (above 0) or "No ".
- *    1  0 ToneCompression [Luminosity], 1 Strength 70, 2 Saturation [ColorSaturation, 0.2 c - 10],
- *       3 WhiteClip f 0.25, 4 BlackClip f, 5 smoothing level 1: "Very High" 0, "High" 1, "Medium"
- *       2, "Low" 3, "Very Low" 4, 6 DetailContrast [Microcontrast], 7 Microsmoothing 2
- *       [NoiseSmoothing], 8 Brightness [Gamma, -10 log2 g above 1, else -(20/3) log2 g],
- *       9 HighlightsSmoothing, 10 ShadowsSmoothing, 11 ShadowsClipping, 12 ColorTemperature,
- *       13 SaturationHighlights, 14 SaturationShadows, 15 IsPano360 y, 16 SmoothingMode 1:
- *       "Light" 0, "Slider" 1, 17 Smoothing as a number; the element Smoothing holds slot 17 when
- *       slot 16 is 1 and the word of slot 5 when it is 0
- *    2  0 Brightness, 1 Compression, 2 Contrast, 3 WhiteClip f, 4 BlackClip f, 12 ColorTemperature,
- *       13 Saturation
- *    3  0 Strength 50, 1 ToneCompression, 2 LightingEffect 20, 3 WhiteClip c 0.6, 4 BlackClip c
- *       0.25, 8 Brightness [Midtone], 9 Luminance, 12 ColorTemperature, 13 Saturation,
- *       15 IsPano360 y
- *    4  0 Strength 50, 1 Lighting, 2 Boost, 3 WhiteClip c 0.60359085, 4 BlackClip c,
- *       5 Microcontrast, 8 Brightness, 12 ColorTemperature, 13 Saturation, 15 IsPano360 y
- *   10  0 Strength [Accentuation], 1 ExposureBalance [BlendingPoint], 2 ShadowsContrast [Shadows],
- *       3 Saturation, 4 WhiteClip f, 5 BlackClip f, 6 Brightness [MidtonesAdjustment],
- *       7 IsPano360 y, 8 Sharpness 2, 12 ColorTemperature
- *   11  0 Strength, 1 Saturation, 2 Radius 70, 6 Brightness, 12 ColorTemperature
- *   12  8 and 9, without elements: 2 and 1
- *   13, 14  6 Brightness, 12 ColorTemperature, 13 Saturation
- *   15  0 DepthHighlights, 1 Highlights, 2 Shadows, 3 Saturation, 6 Brightness, 7 IsPano360 y,
- *       8 LocalContrast 2, 9 without element: 1, 12 ColorTemperature
- *   all 21-28 SaturationIndividualColors, 31-38 TemperatureIndividualColors,
- *       41-48 BrightnessIndividualColors: eight numbers with commas between them;
- *       51 BlendingOpacity, 52 BlendWithEV
+ *   slot  element                      default     written   also read
  *
- * Numbers are written as printf and read as scanf ("%f") do in the "C" locale. No value is checked
- * for its range. Packet texts are bytes with a length; a NUL inside one does not end it.
+ * 1 "Details Enhancer" (also read: "Contrast Enhancer")
+ *      0  ToneCompression                                    Luminosity
+ *      1  Strength                     70
+ *      2  Saturation                                         ColorSaturation c: 0.2 c - 10
+ *      3  WhiteClip                    0.25        .000000
+ *      4  BlackClip                                .000000
+ *      5  Smoothing, when slot 16 is 0 1           "Very High" 0, "High" 1, "Medium" 2, "Low" 3,
+ *                                                  "Very Low" 4, padded to 8 characters
+ *      6  DetailContrast                                     Microcontrast
+ *      7  Microsmoothing               2                     NoiseSmoothing
+ *      8  Brightness                                         Gamma g: -10 log2 g when g is above
+ *                                                            1, else -(20/3) log2 g
+ *      9  HighlightsSmoothing
+ *     10  ShadowsSmoothing
+ *     11  ShadowsClipping
+ *     12  ColorTemperature
+ *     13  SaturationHighlights
+ *     14  SaturationShadows
+ *     15  IsPano360                                yes/no
+ *     16  SmoothingMode                1           "Light" 0, "Slider" 1
+ *     17  Smoothing, when slot 16 is 1
+ * 2 "Tone Compressor" (also read: "Smooth Adaptation")
+ *      0  Brightness
+ *      1  Compression
+ *      2  Contrast
+ *      3  WhiteClip                                .000000
+ *      4  BlackClip                                .000000
+ *     12  ColorTemperature
+ *     13  Saturation
+ * 3 "Contrast Optimizer"
+ *      0  Strength                     50
+ *      1  ToneCompression
+ *      2  LightingEffect               20
+ *      3  WhiteClip                    0.6         curve
+ *      4  BlackClip                    0.25        curve
+ *      8  Brightness                                         Midtone
+ *      9  Luminance
+ *     12  ColorTemperature
+ *     13  Saturation
+ *     15  IsPano360                                yes/no
+ * 4 "Tone Balancer"
+ *      0  Strength                     50
+ *      1  Lighting
+ *      2  Boost
+ *      3  WhiteClip                    0.60359085  curve
+ *      4  BlackClip                                curve
+ *      5  Microcontrast
+ *      8  Brightness
+ *     12  ColorTemperature
+ *     13  Saturation
+ *     15  IsPano360                                yes/no
+ * 10 "Fusion/Natural" (also read: "Fusion/Adjust")
+ *      0  Strength                                           Accentuation
+ *      1  ExposureBalance                                    BlendingPoint
+ *      2  ShadowsContrast                                    Shadows, when it stands alone
+ *      3  Saturation
+ *      4  WhiteClip                                .000000
+ *      5  BlackClip                                .000000
+ *      6  Brightness                                         MidtonesAdjustment
+ *      7  IsPano360                                yes/no
+ *      8  Sharpness                    2
+ *     12  ColorTemperature
+ * 11 "Fusion/Intensive"
+ *      0  Strength
+ *      1  Saturation
+ *      2  Radius                       70
+ *      6  Brightness
+ *     12  ColorTemperature
+ * 12 has defaults and no name
+ *      8                               2
+ *      9                               1
+ * 13 "Fusion/2 images", and 14 "Average"
+ *      6  Brightness
+ *     12  ColorTemperature
+ *     13  Saturation
+ * 15 "Fusion/Interior" (also read: "Fusion/Realistic", "Fusion/Real-Estate")
+ *      0  DepthHighlights
+ *      1  Highlights
+ *      2  Shadows
+ *      3  Saturation
+ *      6  Brightness
+ *      7  IsPano360                                yes/no
+ *      8  LocalContrast                2
+ *      9                               1
+ *     12  ColorTemperature
+ * Every method
+ *     21  SaturationIndividualColors               list
+ *     31  TemperatureIndividualColors              list
+ *     41  BrightnessIndividualColors               list
+ *     51  BlendingOpacity
+ *     52  BlendWithEV
+ *
+ * A packet that names any other method is of method 0, which has the common elements. Numbers are
+ * written as printf and read as scanf ("%f") do in the "C" locale. No value is checked for its
+ * range. Packet texts are bytes with a length; a NUL inside one does not end it.
  */
 
 /*
@@ -486,12 +553,13 @@ LUMENFORGE_API int def_param(int method, float* params);
  * `form`: 2 searches the tag followed by "=", any other value the tag followed by ">"; the value
  * begins `form` - 1 bytes after that. A number that does not parse there is tried one byte later.
  * `found`: one flag per slot, 0 before the first search. A slot whose flag is set is left alone, so
- * that the first of several names wins. The first match sets the flag, also when its text does not
- * parse, lies outside the text or is cut short by its end; the slot then keeps its value (a yes/no
- * word gives 0.0).
+ * that the first of several names wins. The first match sets the flag, also when its value does not
+ * parse or lies outside the text; the slot then keeps what it held (a yes/no word gives 0.0). A
+ * number that the text's end cuts short counts as it stands there.
  *
  * Returns the match's offset. Without a match `length` - (length of `tag` + 1); 0 when the flag was
- * set or the tag and its terminator are not shorter than `length`. Allocates nothing.
+ * set, the tag and its terminator are not shorter than `length`, or memory for the two cannot be
+ * obtained. The time that a search takes is in proportion to both lengths.
  */
 LUMENFORGE_API int searchForTag(int slot, const char* tag, int kind, const unsigned char* buffer,
                                 int form, int length, int* found, float* values);
@@ -503,16 +571,17 @@ LUMENFORGE_API int searchForTag(int slot, const char* tag, int kind, const unsig
  * specification.
  * `length`: bytes of `xmp`, counting the NUL that must end it.
  * `lensOut`: for 100, at least 64 bytes cleared by the caller: receives at most 63 bytes and no
- * NUL; a longer, unterminated or missing lens, or an attribute not in double quotes, leaves it as
- * it was. May be null for other selectors.
+ * NUL; a longer, unterminated or missing lens leaves it as it was. An element ends at its end tag,
+ * an attribute at the next double quote, whatever opened it. May be null for other selectors.
  * `params`: for 0 to 15, 60 slots, set to the method's defaults and then filled from the elements
  * found. May be null for -1 and 100.
  *
  * The packet's first declaration counts, then the first lfst:Method behind it, then the first
  * element of each name from there to the end of the text, in whichever description. An element
  * whose text does not parse keeps the default and still hides the slot's other name; a conversion
- * is applied then, too, to the default. A word cut short by the text's end does not match. Textual
- * microcontrast levels of very old packets are not read.
+ * is applied then, too, to the default. lfst:SmoothingMode is known by its name alone, whatever
+ * follows it. A word cut short by the text's end does not match, a number counts as it stands.
+ * Textual microcontrast levels of very old packets are not read.
  *
  * Returns
  *   -3  `length` is below 1 or the byte at `length` - 1 is not NUL
@@ -530,21 +599,27 @@ LUMENFORGE_API int get_settings_from_xmp(int selector, int length, const unsigne
  * Reads `size` bytes at `offset` of the file into `buffer` and returns the method of the settings
  * in them.
  *
- * `buffer`: `size` + 1 bytes, of which the caller sets the last one to NUL. Files larger than 2 GiB
- * are read as far as the arguments reach.
+ * `buffer`: `size` + 1 bytes, of which the caller sets the last one to NUL. Bytes that cannot be
+ * read stay as the caller left them there, and count as the file's. Files larger than 2 GiB are
+ * read as far as the arguments reach.
  *
- * Returns -1 when the file cannot be opened or sought, or is empty; 0 with `buffer` untouched when
- * the region does not end before the end of the file, or `size` or `offset` is negative; else as
- * get_settings_from_xmp with selector -1 (a method, 0, -3 or -5).
+ * Returns -1 when the file cannot be opened, its end cannot be sought or it is empty; 0 with
+ * `buffer` untouched when the region does not end before the end of the file, its beginning cannot
+ * be sought, or `size` or `offset` is negative; else as get_settings_from_xmp with selector -1 (a
+ * method, 0, -3 or -5).
  */
 LUMENFORGE_API int extract_xmp(const char* path, int size, int offset, unsigned char* buffer);
 
 /*
  * Reads the settings, or with selector -1 their method, of a file that holds XMP text.
  *
+ * `params`: 60 slots, may be null for selector -1.
+ *
  * Returns -1 when the file cannot be opened or sought, or holds 2 GiB or more; -2 when it delivers
- * too few bytes; -4 when memory for its text cannot be obtained; -5 for selector 100, before the
- * file is opened; else as get_settings_from_xmp.
+ * fewer bytes than its size; -4 when memory for its text cannot be obtained; -5 for selector 100,
+ * before the file is opened; else as get_settings_from_xmp for the whole file and a NUL behind it.
+ * Nothing before the first declaration is kept in memory, and of the rest no more than twice what
+ * the file has delivered.
  */
 LUMENFORGE_API int read_xmp(const char* path, int selector, float* params);
 
@@ -571,7 +646,8 @@ LUMENFORGE_API int lfsettings_occurences_in_xmp(int length, const unsigned char*
  * Method 1: slots 16 and 5 count by their integer part. A mode that is neither 0 nor 1 writes its
  * line, "Light", in the place of the smoothing as well; a level that has no word writes "Light".
  *
- * Returns the text's length, the same for measuring and writing. Lines of any length are exact.
+ * Returns the text's length, for sets up to 99 the same for measuring and writing. Lines of any
+ * length are exact.
  */
 LUMENFORGE_API int embed_xmp(int setNumber, int method, const float* params, int hasLens,
                              const char* lens, char* out);
@@ -592,7 +668,7 @@ LUMENFORGE_API int write_xmp(const char* path, int method, const float* params);
  * the third is one, too, behind the second.
  *
  * Call once with `setNumber` 0 for the block's size (`xmpLength`, `insertLength` and `xmp` are not
- * used), then with the set's number, 1 to 99, and that size.
+ * used), then with the set's number, 1 to 99, and that size. A negative number stands for set 1.
  *
  * `method`: at least 1. A number without a name inserts the common elements only.
  * `xmpLength`: bytes of the packet. A NUL counted in it moves with the tail and stays last.
@@ -602,13 +678,13 @@ LUMENFORGE_API int write_xmp(const char* path, int method, const float* params);
  *
  * `xmp`: `xmpLength` + `insertLength` bytes; nothing behind them is touched.
  *
- * Returns the block's size, or with the packet unchanged
+ * Returns the block's size, or with the packet unchanged the first of these that applies
  *           -5  `method` is below 1, in either call
  *          -34  `xmpLength` is below 35
- *   -xmpLength  no "<x:xmpmeta xmlns:x='adobe:ns:meta/" (either quote), or no opening tag of
- *               rdf:RDF with nothing but its xmlns:rdf (either quote) at byte 65 or later; each
- *               must end before the packet's last byte
+ *   -xmpLength  no "<x:xmpmeta xmlns:x='adobe:ns:meta/" (either quote)
  *         -130  `xmpLength` is below 131
+ *   -xmpLength  no opening tag of rdf:RDF with nothing but its xmlns:rdf (either quote) at byte 65
+ *               or later; as the text above, it must end before the packet's last byte
  *           -1  fewer than 3 bytes stand behind the insertion point, or `insertLength` is negative
  */
 LUMENFORGE_API int insert_xmp(int setNumber, int method, const float* params, int xmpLength,
@@ -788,7 +864,9 @@ LUMENFORGE_API int update_tif_profile(int size, const unsigned char* profile, co
  *   [1]  the largest brightness, 0 when there is none
  *   [2]  the mean: the sum in double precision, as if added pixel by pixel, row by row, divided by
  *        the pixel count rounded to single precision; 0 when no pixel counts
- * The same image gives the same bits on every processor.
+ * The same image gives the same bits on every processor, and in every floating-point mode of the
+ * host in which numbers round to the nearest: subnormal results are written as such even where the
+ * processor is told to flush them to zero.
  *
  * Returns `height` when it is above 0, else 0 (with `result` 1e11, 0, 0); -4, with `result` not
  * written, when memory cannot be obtained. Runs on one thread at about the speed of memory.
