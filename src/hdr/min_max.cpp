@@ -39,8 +39,7 @@ int baseOf(const ExponentRange& range) {
 // their unit, it stays so.
 bool mayFit(const ExponentRange& range, const double* powers, double sum) {
   const int base = baseOf(range);
-  return range.highest - base <= kMaxShift &&
-         sum < kExactMultiples * powers[base];
+  return range.highest - base <= kMaxShift && sum < kExactMultiples * powers[base];
 }
 
 // Adds blocks of pixels as integers. False, and nothing added, where that might round.
