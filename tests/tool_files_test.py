@@ -115,7 +115,7 @@ class ToolFiles(ToolTest):
             self.assertEqual((done[0], done[1], done[2].count("\n")), (1, b"", 1), (line, done))
 
     def test_standard_input_and_output(self):
-        for source, line in [("in", "tiff %s %s")]:
+        for source, line in [("in", "tiff %s %s"), ("photo.jpg", "exif %s %s")]:
             self.good(line % (source, "named"))
             with open(self.dir / source, "rb") as stdin:
                 done = subprocess.run([LFMETA, *(line % ("-", "-")).split()], cwd=self.dir, stdin=stdin, capture_output=True)

@@ -12,14 +12,12 @@ namespace {
 enum class Completion { words, commands, folders, files, none };
 
 Completion completionOf(const std::string& value) {
-  static const std::map<std::string, Completion> kOthers{{"COMMAND", Completion::commands},
-                                                         {"DIR", Completion::folders},
-                                                         {"N", Completion::none},
-                                                         {"SIZE", Completion::none},
-                                                         {"TEXT", Completion::none},
-                                                         {"METHOD", Completion::none},
-                                                         {"Element=value", Completion::none},
-                                                         {"NAME", Completion::none}};
+  static const std::map<std::string, Completion> kOthers{
+      {"COMMAND", Completion::commands}, {"DIR", Completion::folders},
+      {"FOLDER", Completion::folders},   {"N", Completion::none},
+      {"SIZE", Completion::none},        {"SECONDS", Completion::none},
+      {"TEXT", Completion::none},        {"METHOD", Completion::none},
+      {"A,B,...", Completion::none},     {"Element=value", Completion::none}};
   if (value.find('|') != std::string::npos) return Completion::words;
   const auto other = kOthers.find(value);
   return other == kOthers.end() ? Completion::files : other->second;
