@@ -49,7 +49,7 @@ const std::string& pathOf(const std::string& path) {
 
 }  // namespace
 
-int openForReading(const std::string& path) {
+int openForReading(const std::string& path, uint64_t* size) {
   const int file = open(pathOf(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (file < 0) failWith(path, "cannot be opened");
   struct stat status {};
@@ -58,6 +58,7 @@ int openForReading(const std::string& path) {
     throw Failure(path,
                   S_ISDIR(status.st_mode) ? "is a folder, not a file" : "is not a regular file");
   }
+  if (size != nullptr) *size = static_cast<uint64_t>(status.st_size);
   return file;
 }
 

@@ -1,6 +1,5 @@
 #include "photos/photo_file.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,9 +19,8 @@ Failure failed(const std::string& path, const char* what) {
 
 }  // namespace
 
-PhotoFile::PhotoFile(const std::string& path) : path_(path), descriptor_(openForReading(path)) {
-  struct stat status {};
-  if (fstat(descriptor_, &status) == 0) size_ = static_cast<uint64_t>(status.st_size);
+PhotoFile::PhotoFile(const std::string& path)
+    : path_(path), descriptor_(openForReading(path, &size_)) {
   if (path == "-") pathToOpen_ = pathOfDescriptor(descriptor_);
 }
 
@@ -43,10 +41,14 @@ std::size_t PhotoFile::readAt(uint64_t offset, std::span<unsigned char> out) con
   return done;
 }
 
+bool PhotoFile::isInWindow(uint64_t offset, uint64_t size) const {
+  return offset >= windowOffset_ && size <= windowLength_ &&
+         offset - windowOffset_ <= windowLength_ - size;
+}
+
 std::span<const unsigned char> PhotoFile::view(uint64_t offset, std::size_t size) {
   if (offset > size_ || size > size_ - offset || size > kLongestView) return {};
-  if (offset < windowOffset_ || size > windowLength_ ||
-      offset - windowOffset_ > windowLength_ - size) {
+  if (!isInWindow(offset, size)) {
     // The first values of a file have company; what is looked up further on rarely has.
     const std::size_t most = offset == 0 ? window_.size() : kLongestView;
     const uint64_t wanted = std::min<uint64_t>(most, size_ - offset);
@@ -62,6 +64,11 @@ Bytes PhotoFile::region(uint64_t offset, uint64_t size) const {
   if (offset > size_ || size > size_ - offset) return {};
   Bytes bytes;
   bytes.reserve(size + 1);  // the library's texts end in NUL
+  if (isInWindow(offset, size)) {
+    const unsigned char* start = window_.data() + (offset - windowOffset_);
+    bytes.assign(start, start + size);
+    return bytes;
+  }
   bytes.resize(size);
   if (readAt(offset, bytes) < size) throw Failure(path_, "cannot be read: it shrinks meanwhile");
   return bytes;

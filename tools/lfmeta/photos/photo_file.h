@@ -27,16 +27,17 @@ class PhotoFile {
 
   // `size` bytes at `offset`, until the next view is taken; none unless all of them can be had.
   std::span<const unsigned char> view(uint64_t offset, std::size_t size);
-  // The same, to keep, and not through the window.
+  // The same, to keep, and of any size.
   Bytes region(uint64_t offset, uint64_t size) const;
 
  private:
+  bool isInWindow(uint64_t offset, uint64_t size) const;
   std::size_t readAt(uint64_t offset, std::span<unsigned char> out) const;
 
   std::string path_;
   std::string pathToOpen_;  // where it differs
-  int descriptor_;
   uint64_t size_ = 0;
+  int descriptor_;
   uint64_t windowOffset_ = 0;
   std::size_t windowLength_ = 0;
   std::array<unsigned char, 2 * kLongestView> window_;
