@@ -8,7 +8,7 @@ building=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpn
 # What the fuzz targets need besides, and the tests.
 fuzzing=(clang libclang-rt-14-dev)
 testing=(libgtest-dev libgmock-dev python3 libimage-exiftool-perl libtiff-tools imagemagick locales
-  libc-bin binutils ccache mandoc zsh doxygen)
+  libc-bin binutils ccache mandoc zsh doxygen jq parallel sqlite3)
 
 # need PACKAGE...: returns when all are there; ends the script with a message when one cannot be had.
 need() {
