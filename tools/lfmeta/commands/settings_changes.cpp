@@ -82,13 +82,16 @@ int readSet(const std::string& path, const EditedPacket& packet,
 }
 
 void putInPhoto(const std::string& path, int method, const float* params) {
-  EditedPacket packet = readPacketToEdit(path);
-  for (auto set = packet.sets.rbegin(); set != packet.sets.rend(); ++set) {
-    removeSettings(packet.text, packet.outline.descriptions[set->description]);
+  const EditedPacket packet = readPacketToEdit(path);
+  std::vector<PacketEdit> edits{
+      insertFirst(packet.text, packet.outline, settingsBlock(method, params))};
+  for (const SettingsSet& set : packet.sets) {
+    for (PacketEdit& edit :
+         replaceSettings(packet.text, packet.outline.descriptions[set.description])) {
+      edits.push_back(std::move(edit));
+    }
   }
-  packet = EditedPacket(path, std::move(packet.text));
-  insertFirst(packet.text, packet.outline, settingsBlock(method, params));
-  replacePacketOf(path, std::move(packet.text));
+  replacePacketOf(path, edited(packet.text, std::move(edits)));
 }
 
 }  // namespace
@@ -110,29 +113,26 @@ void insertSettings(const std::string& path, const SettingsOptions& settings,
                     std::optional<int> number) {
   SettingsParams params{};
   const int method = settings.read(params);
-  EditedPacket packet = readPacketToEdit(path);
+  const EditedPacket packet = readPacketToEdit(path);
   const int ownNumber = number.value_or(0) > 0 ? *number : nextNumber(path, packet);
   if (packet.has(ownNumber)) {
     throw Failure(path, "holds a set " + std::to_string(ownNumber) +
                             " of settings already; settings edit changes it");
   }
-  insertFirst(packet.text, packet.outline, settingsBlock(method, params, ownNumber));
-  replacePacketOf(path, std::move(packet.text));
+  const std::string block = settingsBlock(method, params, ownNumber);
+  replacePacketOf(path, edited(packet.text, {insertFirst(packet.text, packet.outline, block)}));
 }
 
 void editSettings(const std::string& path, const std::vector<std::string>& assignments,
                   std::optional<int> number) {
-  EditedPacket packet = readPacketToEdit(path);
+  const EditedPacket packet = readPacketToEdit(path);
   const SettingsSet& set = chooseSet(path, packet, number);
   const PacketDescription& description = packet.outline.descriptions[set.description];
   SettingsParams params{};
   const int method = readSet(path, packet, description, params);
   assignSettings(findMethod(std::to_string(method)), assignments, params);
-  const std::size_t place = removeSettings(packet.text, description);
   const std::string block = settingsBlock(method, params, set.number);
-  packet.text.insert(packet.text.begin() + static_cast<std::ptrdiff_t>(place), block.begin(),
-                     block.end());
-  replacePacketOf(path, std::move(packet.text));
+  replacePacketOf(path, edited(packet.text, replaceSettings(packet.text, description, block)));
 }
 
 }  // namespace lfmeta

@@ -45,24 +45,10 @@ void addNote(std::string& notes, const std::string& note) {
   if (!note.empty()) notes += (notes.empty() ? "" : ", ") + note;
 }
 
-// The settings asked for take the place of those in the packet.
-void putSettings(FinishedMetadata& finished) {
-  if (finished.method == 0) return;
-  auto outline = outlineOf(finished.xmp);
-  std::vector<SettingsSet> sets = settingsSets(*outline);
-  std::reverse(sets.begin(), sets.end());
-  for (const SettingsSet& set : sets) {
-    removeSettings(finished.xmp, outline->descriptions[set.description]);
-  }
-  outline = outlineOf(finished.xmp);
-  insertFirst(finished.xmp, *outline, settingsBlock(finished.method, finished.settings));
-  finished.method = 0;
-}
-
 // The photograph's packet, whole, with what its EXIF data says beyond the finished file's.
 void takePacket(const std::string& path, const PhotoBlocks& blocks, FinishedMetadata& finished) {
   const Bytes given = readPacket(path, blocks);
-  Bytes packet = given.empty() ? newPacket() : given;
+  const Bytes packet = given.empty() ? newPacket() : given;
   if (blocks.hasExtendedXmp) addNote(finished.notTaken, "the extended part of its XMP");
   const auto outline = outlineOf(packet);
   if (!outline) {
@@ -73,15 +59,27 @@ void takePacket(const std::string& path, const PhotoBlocks& blocks, FinishedMeta
     }
     return;
   }
+  std::vector<PacketEdit> edits;
   if (blocks.exif) {
-    const CarriedProperties carried =
+    CarriedProperties carried =
         carryExif(path, *blocks.exif, *outline, makeOf(finished.meta, finished.gps));
     addNote(finished.notTaken, carried.notTaken);
-    if (!carried.description.empty()) insertLast(packet, *outline, carried.description);
+    if (!carried.description.empty()) {
+      edits.push_back(insertLast(*outline, std::move(carried.description)));
+    }
   }
-  if (given.empty() && outlineOf(packet)->descriptions.empty()) return;
-  finished.xmp = std::move(packet);
-  putSettings(finished);
+  if (given.empty() && edits.empty()) return;
+  if (finished.method > 0) {  // the settings asked for take the place of those in the packet
+    for (const SettingsSet& set : settingsSets(*outline)) {
+      for (PacketEdit& edit : replaceSettings(packet, outline->descriptions[set.description])) {
+        edits.push_back(std::move(edit));
+      }
+    }
+    edits.push_back(
+        insertFirst(packet, *outline, settingsBlock(finished.method, finished.settings)));
+    finished.method = 0;
+  }
+  finished.xmp = edited(packet, std::move(edits));
 }
 
 void takeFrom(const std::string& path, FinishedMetadata& finished) {

@@ -52,11 +52,13 @@ void appendUtf8(std::string& text, uint32_t code) {
   for (int i = more - 1; i >= 0; --i) text += static_cast<char>(0x80 | (code >> (6 * i) & 0x3F));
 }
 
-// UTF-16, big-endian, up to a NUL. Halves of a pair that stand alone become U+FFFD.
+// UTF-16, big-endian, up to a NUL or a length that no name has. Halves of a pair that stand alone
+// become U+FFFD.
 std::string utf8Of(std::span<const unsigned char> utf16) {
+  constexpr std::size_t kLongestText = 4096;
   std::string text;
   uint32_t high = 0;
-  for (; utf16.size() >= 2; utf16 = utf16.subspan(2)) {
+  for (; utf16.size() >= 2 && text.size() < kLongestText; utf16 = utf16.subspan(2)) {
     const uint32_t unit = uint32_t{utf16[0]} << 8 | utf16[1];
     const bool isLow = unit >= 0xDC00 && unit < 0xE000;
     if (high != 0 && !isLow) appendUtf8(text, 0xFFFD);
@@ -88,8 +90,9 @@ std::string plainDescription(std::span<const unsigned char> tag) {
 std::string localizedDescription(std::span<const unsigned char> tag) {
   if (tag.size() < 16) return {};
   constexpr std::size_t kRecordSize = 12;
+  constexpr uint32_t kMostRecords = 256;  // more languages than any profile speaks
   std::string first;
-  for (uint64_t i = 0; i < numberAt(tag, 8); ++i) {
+  for (uint64_t i = 0; i < std::min(numberAt(tag, 8), kMostRecords); ++i) {
     const auto record = within(tag, 16 + i * kRecordSize, kRecordSize);
     if (record.empty()) break;
     const std::string text = utf8Of(within(tag, numberAt(record, 8), numberAt(record, 4)));

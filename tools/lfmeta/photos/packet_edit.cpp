@@ -12,19 +12,11 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr auto kSettingsHost = "http://ns.lumenforge.org/"sv;
+constexpr auto kDeclaration = "xmlns:"sv;
 constexpr auto kBlanks = " \t\r\n"sv;
 
 std::string_view textOf(const Bytes& packet) {
   return {reinterpret_cast<const char*>(packet.data()), packet.size()};
-}
-
-void insertAt(Bytes& packet, std::size_t at, std::string_view text) {
-  packet.insert(packet.begin() + static_cast<std::ptrdiff_t>(at), text.begin(), text.end());
-}
-
-void eraseRange(Bytes& packet, std::size_t start, std::size_t end) {
-  packet.erase(packet.begin() + static_cast<std::ptrdiff_t>(start),
-               packet.begin() + static_cast<std::ptrdiff_t>(end));
 }
 
 bool isOfSettings(std::string_view name) {
@@ -62,26 +54,25 @@ std::vector<Attribute> attributesOf(std::string_view packet, const PacketDescrip
   return attributes;
 }
 
-void eraseSettingsAttributes(Bytes& packet, const PacketDescription& description) {
-  const std::vector<Attribute> attributes = attributesOf(textOf(packet), description);
-  std::vector<std::string> prefixes;
-  for (const Attribute& attribute : attributes) {
-    if (attribute.name.starts_with("xmlns:") && isOfSettings(attribute.value)) {
-      prefixes.push_back(std::string(attribute.name.substr(6)) + ":");
-      prefixes.emplace_back(attribute.name);
+// Those of the settings, and the declaration of their namespace.
+std::vector<PacketEdit> withoutSettingsAttributes(std::string_view packet,
+                                                  const PacketDescription& description) {
+  const std::vector<Attribute> attributes = attributesOf(packet, description);
+  std::string_view prefix;
+  std::vector<PacketEdit> edits;
+  for (const Attribute& own : attributes) {
+    if (own.name.starts_with(kDeclaration) && isOfSettings(own.value)) {
+      prefix = own.name.substr(kDeclaration.size());
+      edits.push_back({own.start, own.end, {}});
     }
   }
-  std::vector<std::pair<std::size_t, std::size_t>> ranges;
-  for (const Attribute& attribute : attributes) {
-    if (std::any_of(prefixes.begin(), prefixes.end(), [&](const std::string& prefix) {
-          return attribute.name.starts_with(prefix);
-        })) {
-      ranges.emplace_back(attribute.start, attribute.end);
+  for (const Attribute& own : attributes) {
+    if (own.name.size() > prefix.size() && own.name.starts_with(prefix) &&
+        own.name[prefix.size()] == ':') {
+      edits.push_back({own.start, own.end, {}});
     }
   }
-  for (auto range = ranges.rbegin(); range != ranges.rend(); ++range) {
-    eraseRange(packet, range->first, range->second);
-  }
+  return edits;
 }
 
 std::string padding(std::size_t size) {
@@ -101,15 +92,30 @@ Bytes newPacket() {
   return {text.begin(), text.end()};
 }
 
-void insertFirst(Bytes& packet, const PacketOutline& outline, const std::string& text) {
+Bytes edited(const Bytes& packet, std::vector<PacketEdit> edits) {
+  std::stable_sort(edits.begin(), edits.end(),
+                   [](const PacketEdit& a, const PacketEdit& b) { return a.start < b.start; });
+  Bytes after;
+  auto at = packet.begin();
+  for (const PacketEdit& edit : edits) {
+    const auto start = packet.begin() + static_cast<std::ptrdiff_t>(edit.start);
+    after.insert(after.end(), at, start);
+    after.insert(after.end(), edit.text.begin(), edit.text.end());
+    at = packet.begin() + static_cast<std::ptrdiff_t>(edit.end);
+  }
+  after.insert(after.end(), at, packet.end());
+  return after;
+}
+
+PacketEdit insertFirst(const Bytes& packet, const PacketOutline& outline, std::string text) {
   // Where the library puts a block: a second and a third line feed stay behind it.
   std::size_t at = outline.contentStart;
   for (int i = 0; i < 2 && at + 1 < packet.size() && packet[at + 1] == '\n'; ++i) ++at;
-  insertAt(packet, at, text);
+  return {at, at, std::move(text)};
 }
 
-void insertLast(Bytes& packet, const PacketOutline& outline, const std::string& text) {
-  insertAt(packet, outline.contentEnd, text);
+PacketEdit insertLast(const PacketOutline& outline, std::string text) {
+  return {outline.contentEnd, outline.contentEnd, std::move(text)};
 }
 
 std::vector<SettingsSet> settingsSets(const PacketOutline& outline) {
@@ -129,21 +135,22 @@ std::vector<SettingsSet> settingsSets(const PacketOutline& outline) {
   return sets;
 }
 
-std::size_t removeSettings(Bytes& packet, const PacketDescription& description) {
+std::vector<PacketEdit> replaceSettings(const Bytes& packet, const PacketDescription& description,
+                                        std::string block) {
   const auto& properties = description.properties;
+  const std::size_t end = behindLineFeeds(packet, description.end);
   if (std::all_of(properties.begin(), properties.end(),
                   [](const PacketProperty& own) { return isOfSettings(own.name); })) {
-    eraseRange(packet, description.start, behindLineFeeds(packet, description.end));
-    return description.start;
+    return {{description.start, end, std::move(block)}};
   }
-  const std::size_t before = packet.size();
-  for (auto own = properties.rbegin(); own != properties.rend(); ++own) {
-    if (own->attribute || !isOfSettings(own->name)) continue;
-    const bool line = own->end < packet.size() && packet[own->end] == '\n';
-    eraseRange(packet, own->start, own->end + (line ? 1 : 0));
+  std::vector<PacketEdit> edits = withoutSettingsAttributes(textOf(packet), description);
+  for (const PacketProperty& own : properties) {
+    if (own.attribute || !isOfSettings(own.name)) continue;
+    const bool line = own.end < packet.size() && packet[own.end] == '\n';
+    edits.push_back({own.start, own.end + (line ? 1 : 0), {}});
   }
-  eraseSettingsAttributes(packet, description);
-  return behindLineFeeds(packet, description.end - (before - packet.size()));
+  edits.push_back({end, end, std::move(block)});
+  return edits;
 }
 
 void refitPadding(Bytes& packet, std::size_t size, std::size_t most) {
@@ -156,9 +163,7 @@ void refitPadding(Bytes& packet, std::size_t size, std::size_t most) {
   const std::size_t content = packet.size() - (end - start);
   std::size_t wanted = std::max(size, content + 1);
   if (wanted > size) wanted = std::max(content + 1, std::min(content + kNewPadding, most));
-  if (wanted == packet.size()) return;
-  eraseRange(packet, start, end);
-  insertAt(packet, start, padding(wanted - content));
+  if (wanted != packet.size()) packet = edited(packet, {{start, end, padding(wanted - content)}});
 }
 
 }  // namespace lfmeta

@@ -14,9 +14,19 @@ namespace lfmeta {
 // A packet without properties, with the wrapper by which programs find it in any file.
 Bytes newPacket();
 
-// Puts a text of whole rdf:Description elements before all others, or behind them.
-void insertFirst(Bytes& packet, const PacketOutline& outline, const std::string& text);
-void insertLast(Bytes& packet, const PacketOutline& outline, const std::string& text);
+// A piece of the packet's text and what takes its place.
+struct PacketEdit {
+  std::size_t start = 0;
+  std::size_t end = 0;
+  std::string text;
+};
+
+// The packet after all edits, which do not overlap.
+Bytes edited(const Bytes& packet, std::vector<PacketEdit> edits);
+
+// A text of whole rdf:Description elements before all others, or behind them.
+PacketEdit insertFirst(const Bytes& packet, const PacketOutline& outline, std::string text);
+PacketEdit insertLast(const PacketOutline& outline, std::string text);
 
 struct SettingsSet {
   int number = 0;
@@ -26,10 +36,10 @@ struct SettingsSet {
 // The sets of settings that the packet declares, in its order.
 std::vector<SettingsSet> settingsSets(const PacketOutline& outline);
 
-// Takes the settings out of the description, and the description with them when it holds nothing
-// else. Returns the place where it began or, where something is left of it, its new end: there a
-// new description may be inserted.
-std::size_t removeSettings(Bytes& packet, const PacketDescription& description);
+// The settings leave the description, and the description goes with them when it holds nothing
+// else; `block`, whole descriptions or nothing, takes their place.
+std::vector<PacketEdit> replaceSettings(const Bytes& packet, const PacketDescription& description,
+                                        std::string block = {});
 
 // The blanks before the packet's end are for growing into: takes as many, or adds as many, as bring
 // it back to `size` bytes; a packet too long for that gets new ones as far as it stays within
