@@ -75,7 +75,7 @@ using Cases = std::vector<std::pair<std::string, std::vector<std::string>>>;
 void expectEach(const std::function<std::string(const std::string&, const Tiff&)>& read, const Cases& cases) {
   for (const auto& [outcome, inputs] : cases) {
     for (const std::string& input : inputs) {
-      for (const Tiff& t : {kTiff, kBig}) EXPECT_EQ(read(input, t), outcome) << input;
+      for (const Tiff& t : {kTiff, kBig}) EXPECT_EQ(read(input, t), outcome) << input.substr(0, 100);
     }
   }
 }
@@ -109,6 +109,9 @@ TEST(ExifDirectory, FillsFieldsByTagAndFallsBackInEntryOrder) {
               {"1 f=4", {"9202=5/0; 9205=4/1"}},
               {"1 iso=333", {"A215=1000/3"}},
               {"1 iso=4294967289", {"A215=-7/-2; A215=9/1"}},
+              // The last eight bytes are a fraction, the last seven are none.
+              {"1 iso=10", {"A215=5#1@A"}},
+              {"1", {"A215=5#1@B"}},
               // One or two SHORTs stand in the field, three behind it.
               {"1 iso=7 mm35=65538", {"8827=3#2@70007; A405=3#3@10002"}},
               // A text of any type and count, a shorter one, and what the file ends before.
@@ -161,8 +164,8 @@ TEST(PhotoshopBlock, FindsResourcesAtEveryPosition) {
               {found + " iptc=3 iptcAt=5070", {thumb + iptc + iptc}},  // the later one wins
               {"1 iptc=3 iptcAt=27", {resource(0x400, "x" + iptc)}},   // in another one's data
               {"1 iptc=3 iptcAt=65547", {far + iptc}},
-              // A name, seven bytes.
-              {"1", {resource(0x404, "\x1C\x02\x19", "\1x"), "....8BIM\x04\x04\0"s, ""}}});
+              // A name, another resource, seven bytes.
+              {"1", {resource(0x404, "\x1C\x02\x19", "\1x"), resource(0x504, "\x1C"), "....8BIM\x04\x04\0"s, ""}}});
   // The length bounds where resources begin, the file their numbers.
   EXPECT_EQ(scan(iptc, 8), "1 iptc=3 iptcAt=14");
   EXPECT_EQ(scan(iptc, 7), "1");
@@ -171,6 +174,8 @@ TEST(PhotoshopBlock, FindsResourcesAtEveryPosition) {
   EXPECT_EQ(scan(iptc.substr(0, 11), 100), "1");
   EXPECT_EQ(scan(thumb.substr(0, 35), 100), "1 width=160 height=120 row=480");
   EXPECT_EQ(scan(thumb.substr(0, 36), 100), found);
+  // A long block at a stream's start.
+  EXPECT_EQ(parsed(iptc + far, 0, parse_photoshop_data, 2000), "1 iptc=3 iptcAt=12");
 }
 
 TEST(ReadIptc, ReadsBlocksThatEndBeforeTheFile) {

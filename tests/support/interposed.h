@@ -13,7 +13,7 @@
 
 namespace interposed {
 
-enum Kind : uint32_t { kMemory = 1, kRead = 2, kWrite = 4 };
+enum Kind : uint32_t { kMemory = 1, kRead = 2, kWrite = 4, kWholeRead = 8 };
 
 // A test sets it before a call and looks at it afterwards.
 struct State {
@@ -87,9 +87,11 @@ int __wrap_open(const char* path, int flags, ...) {
 
 ssize_t __real_pread(int, void*, size_t, off_t);
 ssize_t __wrap_pread(int descriptor, void* to, size_t size, off_t offset) {
-  const ssize_t done = interposed::fails(interposed::kRead) ? -1 : __real_pread(descriptor, to, size, offset);
-  ++interposed::state.reads;
-  interposed::state.bytesRead += static_cast<uint64_t>(std::max<ssize_t>(done, 0));
+  using namespace interposed;
+  ssize_t done = fails(kRead) ? -1 : __real_pread(descriptor, to, size, offset);
+  if (done > 1 && fails(kWholeRead)) done /= 2;
+  ++state.reads;
+  state.bytesRead += static_cast<uint64_t>(std::max<ssize_t>(done, 0));
   return done;
 }
 
