@@ -276,10 +276,10 @@ LUMENFORGE_API int init_exifInfo(ExifInfo* info);
  * xmpOffset and iptcOffset from a TIFF entry are the entry's values as they stand: in a JPEG's and
  * a PSD's directories they count from the TIFF header, not from the start of the file. An XMP entry
  * wins over a JPEG's XMP segment, the Photoshop block wins over an IPTC entry. The segment's
- * xmpLength is the packet's bytes and 31 more (its length field and signature); with xmpOffset it
- * is kept only when the packet holds settings of method 1, 2, 3, 4, 10, 11, 12 or 15, the lens in
- * either case. A thumbnail or resource whose place lies beyond 4 GiB is not recorded, nor is an
- * IPTC length that does not fit 32 bits.
+ * xmpLength is the packet's bytes and 31 more (its length field and signature), and so many are
+ * read from the packet on; with xmpOffset it is kept only when they hold settings of method 1, 2,
+ * 3, 4, 10, 11, 12 or 15, the lens in either case. A thumbnail or resource whose place lies beyond
+ * 4 GiB is not recorded, nor is an IPTC length that does not fit 32 bits.
  *
  * Returns
  *    1  the walk finished, also when nothing of interest was found
@@ -324,8 +324,7 @@ LUMENFORGE_API int metadataBufFromExifInfo(const ExifInfo* info, MetadataBuf* bu
  *
  * `text`: NUL-terminated, "YYYY:MM:DD HH:MM:SS", six decimal integers; out of range values count
  * on (month 13 is January of the next year). The date is local time; the C library decides about
- * daylight saving.
- * `*seconds` is exact up to 2^24 (194 days), beyond that the nearest float.
+ * daylight saving. `*seconds` is exact up to 2^24 (194 days), beyond that the nearest float.
  *
  * Returns 1 with `*seconds` set, or -1 with `*seconds` untouched: the text does not hold six
  * numbers, or the date lies at or before 1970-01-01 00:00:00 UTC or cannot be represented.

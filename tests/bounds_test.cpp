@@ -143,4 +143,30 @@ TEST(Bounds, OfAFileWithoutSettingsLittleIsHeld) {
   EXPECT_LE(interposed::state.peak, 70000U);
 }
 
+// A system call costs more than the pages that it copies: a photograph takes few reads, of little.
+TEST(Bounds, AreFarFromWhatAPhotographTakes) {
+  const auto readsOf = [](const std::string& bytes, int type) {
+    TempFile file(bytes);
+    ExifInfo info;
+    interposed::state = {};
+    EXPECT_EQ(getExifData(file.path(), type, &info), 1);
+    return std::make_pair(interposed::state.reads, interposed::state.bytesRead);
+  };
+  using Reads = std::pair<uint64_t, uint64_t>;
+  const std::string tiff = kTiff.file(kTiff.entries("110='NIKON D850'; 112=s6"), kExif, kGps) + std::string(20000, 'm');
+  const std::string jpeg = kSoi + exifSegment(tiff) + xmpSegment(packet("Average", "L") + std::string(3000, ' ')) +
+                           photoshopSegment(resource(0x404, std::string(200, 'i')));
+  EXPECT_EQ(readsOf(jpeg + kEoi + std::string(90000, 's'), LUMENFORGE_JPEG), Reads(2, 16384 + 8192));
+  EXPECT_EQ(readsOf(tiff, LUMENFORGE_TIFF), Reads(1, 8192));
+  EXPECT_EQ(readsOf(psd(resource(0x400, std::string(30000, 'r')) + resource(0x422, tiff)) + std::string(90000, 'l'),
+                    LUMENFORGE_PSD),
+            Reads(2, 8192 + 16384));
+  // Pixels first; the values before their directory, in another page; the file ends with them.
+  const std::string exif = kTiff.directory(50000, kExif);
+  const std::string pixelsFirst =
+      kTiff.header(90000) + std::string(49992, 'p') + exif + std::string(40000 - exif.size(), 'p') +
+      kTiff.directory(90000, {Tiff::text(0x110, "NIKON D850"), kTiff.longEntry(0x8769, 50000)});
+  EXPECT_EQ(readsOf(pixelsFirst, LUMENFORGE_TIFF), Reads(3, 8192 + pixelsFirst.size() % 4096 + 8192));
+}
+
 }  // namespace
