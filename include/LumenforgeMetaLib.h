@@ -283,19 +283,18 @@ LUMENFORGE_API int init_exifInfo(ExifInfo* info);
  *
  * Returns
  *    1  the walk finished, also when nothing of interest was found
- *   -1  the file cannot be opened or ends before its structure does: segments of a JPEG, resources
- *       of a PSD, the first directory, entries that a directory of the chain announces. A JPEG that
- *       does not begin with FF D8 or, before its first APP1, has five fill bytes in a row ("too
- *       many padding bytes" on standard error); a segment length below 2 ("invalid marker" on
- *       standard error; of the XMP segment it ends the search for XMP). A PSD without EXIF resource
- *       or whose resources do not begin with "8BIM"
- *   -2  a JPEG without APP1 segment before its scan; a PSD without "8BPS"; no TIFF byte-order mark,
- *       so also a JPEG whose first APP1 is not EXIF, unless a TIFF header stands behind its first 6
- *       bytes, which is then read with offsets from the start of the file
- *   -3  a TIFF header without 42, a PSD with fewer than 3 channels or not in RGB mode
- *  -10  JPEG: a byte other than FF where a marker should start
- * On failure `info` holds what had been read before it. A directory cut short does not hide the
- * rest: a JPEG's Photoshop block is read all the same, and the result is -1, or -10 from there.
+ *   -1  the file cannot be opened or read, or ends before its structure does: segments of a JPEG,
+ * resources of a PSD, the first directory, entries that a directory of the chain announces. A JPEG
+ * that does not begin with FF D8 or, before its first APP1, has five fill bytes in a row ("too many
+ * padding bytes" on standard error); a segment length below 2 ("invalid marker" on standard error;
+ * of the XMP segment it ends the search for XMP). A PSD without EXIF resource or whose resources do
+ * not begin with "8BIM" -2  a JPEG without APP1 segment before its scan; a PSD without "8BPS"; no
+ * TIFF byte-order mark, so also a JPEG whose first APP1 is not EXIF, unless a TIFF header stands
+ * behind its first 6 bytes, which is then read with offsets from the start of the file -3  a TIFF
+ * header without 42, a PSD with fewer than 3 channels or not in RGB mode -10  JPEG: a byte other
+ * than FF where a marker should start On failure `info` holds what had been read before it. A
+ * directory cut short does not hide the rest: a JPEG's Photoshop block is read all the same, and
+ * the result is -1, or -10 from there.
  *
  * Work is bounded: one call reads at most 5 x 65,535 directory entries, past which the walk goes on
  * as at the end of the file, and 16 Photoshop blocks, past which blocks are passed over.

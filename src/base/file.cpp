@@ -57,11 +57,12 @@ std::optional<uint64_t> InputFile::size() const {
   return fromSystem(::lseek(descriptor_, 0, SEEK_END));
 }
 
-std::size_t InputFile::read(uint64_t offset, std::span<uint8_t> out, std::size_t needed) const {
+std::size_t InputFile::read(uint64_t offset, std::span<uint8_t> out, std::size_t needed) {
   std::size_t done = 0;
   while (done < needed && isPosition(offset + done)) {
     const ssize_t count = ::pread(descriptor_, out.data() + done, out.size() - done,
                                   static_cast<off_t>(offset + done));
+    failed_ = failed_ || count < 0;
     if (count <= 0) break;
     done += static_cast<std::size_t>(count);
   }

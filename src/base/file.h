@@ -39,10 +39,13 @@ class InputFile {
   std::optional<uint64_t> size() const;
   // Copies bytes from `offset` on and returns how many there were: at least `needed` unless the
   // file ends or fails before.
-  std::size_t read(uint64_t offset, std::span<uint8_t> out, std::size_t needed) const;
+  std::size_t read(uint64_t offset, std::span<uint8_t> out, std::size_t needed);
+  // Whether a read has failed.
+  bool failed() const { return failed_; }
 
  private:
   int descriptor_;
+  bool failed_ = false;
 };
 
 }  // namespace lumenforge

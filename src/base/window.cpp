@@ -52,9 +52,8 @@ void Window::fill(uint64_t offset, std::size_t size) {
   const std::size_t needed = offset - start + size;
   const uint64_t length = std::min<uint64_t>(std::max(wanted, needed), end_ - start);
   ++fills_;
-  panes_[current_] = {start, 0};  // nothing may be found here should the read fail
-  panes_[current_].length =
-      readSource(start, std::span(bytes_).subspan(current_ * kLargeSize, length), needed);
+  const auto bytes = std::span(bytes_).subspan(current_ * kLargeSize, length);
+  panes_[current_] = {start, readSource(start, bytes, needed)};
 }
 
 // Less than `needed` bytes are all there is; a read error ends the file, too.

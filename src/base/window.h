@@ -26,7 +26,7 @@ class Window {
   // What a file begins with decides which pane is filled first: the large one with the metadata.
   enum class Start : uint8_t { header, metadata };
 
-  explicit Window(const InputFile& file, Start start = Start::header)
+  explicit Window(InputFile& file, Start start = Start::header)
       : file_(&file), current_(start == Start::header ? kLarge : kSmall) {}
   // `position`: where the stream stands now.
   Window(std::FILE* stream, uint64_t position) : stream_(stream), position_(position) {}
@@ -67,7 +67,7 @@ class Window {
   std::size_t readSource(uint64_t offset, std::span<uint8_t> out, std::size_t needed);
   std::size_t readStream(uint64_t offset, std::span<uint8_t> out);
 
-  const InputFile* file_ = nullptr;  // or a stream:
+  InputFile* file_ = nullptr;  // or a stream:
   std::FILE* stream_ = nullptr;
   uint64_t position_ = 0;
   bool seekFailed_ = false;

@@ -28,13 +28,14 @@ struct Outcome {
 };
 
 Outcome readFile(const char* path, int fileType, ExifInfo& info) {
-  const InputFile file(path);
+  InputFile file(path);
   if (!file.isOpen()) return {};
   const bool isJpeg = fileType == LUMENFORGE_JPEG;
   Window window(file, isJpeg ? Window::Start::metadata : Window::Start::header);
   Reading reading{window, info, fileType};
   const int result = readContainer(reading);
-  return {result == kOk && reading.damaged ? kCannotRead : result, reading.message};
+  const bool isWhole = !file.failed() && (result != kOk || !reading.damaged);
+  return {isWhole ? result : kCannotRead, reading.message};
 }
 
 }  // namespace

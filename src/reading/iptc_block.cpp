@@ -7,7 +7,7 @@ int read_iptc(const char* path, int length, int offset, unsigned char* buf) {
   using namespace lumenforge;
   constexpr unsigned char kDatasetMarker = 0x1C;
   constexpr int kNotInFile = 0;
-  const InputFile file(path);
+  InputFile file(path);
   if (!file.isOpen()) return kCannotRead;
   const auto size = file.size();
   if (!size || *size == 0) return kCannotRead;

@@ -94,7 +94,7 @@ int update_tif_profile(int size, const unsigned char* profile, const char* path)
   std::optional<uint64_t> end;
   TagLookup found;
   {
-    const InputFile file(path);
+    InputFile file(path);
     if (!file.isOpen()) return failToOpen("reading");
     Window window(file);
     found = findTag(window, 0, kProfileTag);

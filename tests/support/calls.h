@@ -78,7 +78,7 @@ using M = Memory;
 inline const std::vector<Call> kCalls = {
     {"init_exifInfo", 0, 524, [](S, M m) { return init_exifInfo(m); }},
     {"getExifData", 1, 524, [](S s, M m) { return getExifData(s.photo.path(), 1, m); },
-     {-1, 1, 1}, {1}, {-1, -2, -3, -10}},
+     {-1, 1, 1}, {1}, {-1}},
     {"get_exif_data", 100, 336, [](S s, M m) { return get_exif_data(s.photo.path(), 1, m, m + 240); },
      {kUntouchedWord, 100, 100}, {100}, {kUntouchedWord}},
     {"metadataBufFromExifInfo", kUntouchedWord, 860, [](S, M m) {
