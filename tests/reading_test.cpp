@@ -320,6 +320,7 @@ TEST(Jpeg, EndsEachPassInItsOwnWay) {
                     // The second pass: no fill bytes, no code without FF.
                     {"-1" + packetAt(53 + 3), {four.substr(1) + exif + xmp + kEoi}},
                     {"-1", {exif + four + xmp + kEoi}},
+                    {"-1" + packetAt(53) + " said=invalid marker\n", {exif + xmp + "\xFF\xED\0\1"s}},
                     {"-10" + packetAt(53 - 1), {exif.substr(1) + xmp + kEoi}},
                     {"-10", {exif + xmpSegment("<x/>")}},
                     {"1", {exif + segment(0xED, "Photoshop 2.5\0"s) + block + kEoi}}});
