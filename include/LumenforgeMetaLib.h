@@ -799,9 +799,9 @@ LUMENFORGE_API int add_iptc_keyword(int iptcLength, const unsigned char* iptc, i
  *   -6  unsupported: channels outside 1 to 4; bitsPerSample other than 8, 16, 32, 3216; conversion
  *       other than 0, or 1 with bitsPerSample 8; width below 1; a file of more than 4 GiB - 1
  *  -12  the directory cannot be written, or the file cannot be closed
- * -6 is found before the file is created. A file that fails later stays as
- * far as it was written: the header alone where memory for a block is missing. The resolution is
- * written x 1000 in 32 bits, whatever it is.
+ * -6 is found before the file is created. A file that fails later stays as far as it was written:
+ * the header alone where memory for a block is missing. Nothing else is refused; the resolution,
+ * for one, is written x 1000 in 32 bits, whatever it is.
  */
 LUMENFORGE_API int buf2tif(const void* pixels, const TifImageInfo* info, int stride,
                            const unsigned char* iccProfile, const MetadataBuf* meta,

@@ -156,8 +156,8 @@ TEST(TiffFile, GoesOutInBlocksOfOneMebibyte) {
   for (const auto& [width, height, channels, depth, conversion, lastBlockRows] : kCases) {
     expectFile({width, height, channels, depth, conversion}, lastBlockRows);
   }
-  for (const int width : {350000, 130000}) {  // a row that is more than a block, and two rows a block
-    Picture wide(width, 3, 1, 32);
+  for (const auto& [width, height] : {std::pair{350000, 2}, {130000, 3}}) {  // one row a block, though larger, and two
+    Picture wide(width, height, 1, 32);
     wide.setStride(-wide.stride - 4);
     expectFile(wide, 1);
   }
