@@ -8,7 +8,6 @@
 #include <emmintrin.h>
 #include <fcntl.h>
 #include <tiffio.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,6 +20,7 @@
 #include <vector>
 
 #include "LumenforgeMetaLib.h"
+#include "compare.h"
 
 namespace {
 
@@ -159,19 +159,13 @@ bool writeLibtiff(const Image& image, std::size_t stripSize, const std::string& 
   return good;
 }
 
-double processorSeconds() {
-  timespec now{};
-  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
 // Time of one run into a file that is not there yet, kept when it is the smallest.
 template <typename Write>
 bool timeInto(double& best, const Write& write) {
   const std::string path = kDirectory + std::to_string(::getpid());
-  const double start = processorSeconds();
+  const double start = bench::processorSeconds();
   const bool good = write(path);
-  best = std::min(best, processorSeconds() - start);
+  best = std::min(best, bench::processorSeconds() - start);
   ::unlink(path.c_str());
   return good;
 }

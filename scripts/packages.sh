@@ -5,6 +5,9 @@ say() { printf '%s\n' "$*" >&2; }
 # What the library and the tool are built with and from.
 building=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpng-dev libjpeg-dev
   libtiff-dev libopenexr-dev libexpat1-dev)
+# The benchmarks, with what they are measured beside.
+measuring=(libbenchmark-dev libtiff-dev libexif-dev libexiv2-dev libexpat1-dev libpugixml-dev exiv2
+  libimage-exiftool-perl python3)
 # What the fuzz targets need besides, and the tests.
 fuzzing=(clang libclang-rt-14-dev)
 testing=(libgtest-dev libgmock-dev python3 libimage-exiftool-perl libtiff-tools imagemagick locales

@@ -149,9 +149,9 @@ TEST(TiffFile, HoldsEveryKindByteForByte) {
 
 TEST(TiffFile, GoesOutInBlocksOfOneMebibyte) {
   const int kCases[][6] = {
-      {3, 0, 3, 8, 0, 0},         {3, -5, 1, 8, 0, 0},      {70000, 1, 1, 8, 0, 1},  {1, 65536, 2, 8, 0, 65536},
-      {1000, 262, 4, 8, 0, 262},  {1000, 263, 4, 8, 0, 1},  {1000, 350, 3, 8, 0, 1}, {1000, 350, 3, 8, 1, 1},
-      {1000, 132, 4, 3216, 0, 1}, {1024, 1025, 1, 8, 0, 1},
+      {3, 0, 3, 8, 0, 0},         {65535, 1, 1, 8, 0, 1},     {3, -5, 1, 8, 0, 0},      {70000, 1, 1, 8, 0, 1},
+      {1, 65536, 2, 8, 0, 65536}, {1000, 262, 4, 8, 0, 262},  {1000, 263, 4, 8, 0, 1},  {1000, 350, 3, 8, 0, 1},
+      {1000, 350, 3, 8, 1, 1},    {1000, 132, 4, 3216, 0, 1}, {1024, 1025, 1, 8, 0, 1},
   };
   for (const auto& [width, height, channels, depth, conversion, lastBlockRows] : kCases) {
     expectFile({width, height, channels, depth, conversion}, lastBlockRows);
@@ -199,7 +199,7 @@ TEST(TiffFile, HoldsThePacketThatTheRulesChoose) {
       {nul, 0, "", ""},
       {nul, 0, lens, forLens},
       // None given.
-      {"", 14, "", generated(14, "") + " "},
+      {"", 1, "", generated(1, "") + " "},
       {"", 214, "", generated(214, "") + " "},
       {"", 0, lens, forLens + " "},
   };

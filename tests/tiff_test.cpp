@@ -73,6 +73,8 @@ TEST(ExifBlock, CountsWhatIsPresent) {
   r.meta.iso = 1;
   r.meta.focalLength[0] = r.meta.focalLength[1] = 1;
   EXPECT_EQ(r.measure(), (Sizes{.exifCount = 2, .exifDataSize = 8, .gpsCount = 2}));
+  r.gps.dateStamp[0] = '2';
+  EXPECT_EQ(r.measure().gpsDateLength, 11);
   // Half a fraction is none, nor is anything negative.
   r = {};
   r.meta.exposureTime[0] = r.meta.fNumber[1] = 1;
