@@ -17,14 +17,13 @@ constexpr std::string_view kEndTag = "</aux:Lens";
 
 // aux:Lens followed by "=" or ">"; other names of the schema begin with the same letters.
 std::size_t findName(std::string_view text, std::size_t from) {
-  Occurrences names(text, from, kLens);
-  std::size_t at = names.next();
-  while (at != kNowhere) {
-    const std::string_view rest = textFrom(text, at + kLens.text.size());
-    if (rest.starts_with('=') || rest.starts_with('>')) break;
-    at = names.next();
+  Candidates names(text, from, kLens);
+  for (std::size_t at = names.next(); at != kNowhere; at = names.next()) {
+    if (!text.substr(at).starts_with(kLens.text)) continue;
+    const std::string_view rest = text.substr(at + kLens.text.size());
+    if (rest.starts_with('=') || rest.starts_with('>')) return at;
   }
-  return at;
+  return kNowhere;
 }
 
 // The text from `begin` to `closing`, unless it is longer than a lens may be.

@@ -25,11 +25,13 @@ Places findValues(std::string_view text, std::size_t from, Form form) {
   constexpr Name kMode = name("SmoothingMode");
   const char terminator = form == Form::attribute ? '=' : '>';
   std::string_view last;  // the name found last, with the byte behind it
-  Occurrences prefixes(text, from, kPrefixNeedle);
+  Candidates prefixes(text, from, kPrefixNeedle);
   for (std::size_t at = prefixes.next(); at != kNowhere; at = prefixes.next()) {
+    if (!text.substr(at).starts_with(kPrefix)) continue;
     const std::size_t nameBegin = at + kPrefix.size();
     const std::string_view rest = text.substr(nameBegin);
-    const bool repeatsLastName = !last.empty() && rest.starts_with(last);  // as end tags do
+    // An end tag mostly repeats the last name, which is known then.
+    const bool repeatsLastName = text[at - 1] == '/' && !last.empty() && rest.starts_with(last);
     if (repeatsLastName) continue;
     std::size_t length = rest.substr(0, kLongestName + 1).find(terminator);
     Name found = length != kNowhere ? nameOf(rest.substr(0, length)) : kNoName;

@@ -44,27 +44,27 @@ class PairPlaces {
 
 }  // namespace
 
-Occurrences::Occurrences(std::string_view text, std::size_t from, const Needle& needle)
+Candidates::Candidates(std::string_view text, std::size_t from, const Needle& needle)
     : text_(text), needle_(needle), unseen_(from + needle.anchor) {}
 
 // Moves on to the next block with candidates. The last places of the text are looked at in a copy
 // with zeros behind it, which no needle holds.
-bool Occurrences::findBlock() {
+bool Candidates::findBlock() {
   constexpr std::size_t kBlock = PairPlaces::kBlock;
   const PairPlaces places(needle_.text.data() + needle_.anchor);
   while (unseen_ < text_.size()) {
     const char* const p = text_.data() + unseen_;
     const std::size_t left = text_.size() - unseen_;
     if (left > kBlock) {
-      candidates_ = places.inBlock(p);
+      bits_ = places.inBlock(p);
     } else {
       std::array<char, kBlock + 1> last{};
       std::memcpy(last.data(), p, left);
-      candidates_ = places.inBlock(last.data());
+      bits_ = places.inBlock(last.data());
     }
     block_ = unseen_;
     unseen_ += kBlock;
-    if (candidates_ != 0) return true;
+    if (bits_ != 0) return true;
     while (unseen_ + 2 * kBlock < text_.size() && !places.anyInTwoBlocks(text_.data() + unseen_)) {
       unseen_ += 2 * kBlock;
     }
@@ -72,10 +72,18 @@ bool Occurrences::findBlock() {
   return false;
 }
 
+std::size_t find(std::string_view text, std::size_t from, const Needle& needle) {
+  Candidates candidates(text, from, needle);
+  std::size_t at = candidates.next();
+  while (at != kNowhere && !text.substr(at).starts_with(needle.text)) at = candidates.next();
+  return at;
+}
+
 std::size_t findQuoted(std::string_view text, std::size_t from, const Needle& needle,
                        std::string_view rest) {
-  Occurrences occurrences(text, from, needle);
-  for (std::size_t at = occurrences.next(); at != kNowhere; at = occurrences.next()) {
+  Candidates candidates(text, from, needle);
+  for (std::size_t at = candidates.next(); at != kNowhere; at = candidates.next()) {
+    if (!text.substr(at).starts_with(needle.text)) continue;
     const std::string_view quoted = textFrom(text, at + needle.text.size());
     if ((quoted.starts_with('\'') || quoted.starts_with('"')) &&
         quoted.substr(1).starts_with(rest)) {

@@ -18,22 +18,19 @@ struct Needle {
   std::size_t anchor = 0;
 };
 
-// The places of a needle in a text, one after the other, in one pass: looks for the needle's two
-// rare bytes at 64 places at a time and compares the rest where they stand. Reads nothing outside
-// the text.
-class Occurrences {
+// The places where a needle may stand in a text, one after the other, in one pass: those of its two
+// rare bytes, looked for at 64 places at a time. Whether the rest stands there as well is for the
+// caller to see. Reads nothing outside the text.
+class Candidates {
  public:
-  Occurrences(std::string_view text, std::size_t from, const Needle& needle);
+  Candidates(std::string_view text, std::size_t from, const Needle& needle);
 
   // The next place, or kNowhere when there is none left.
   std::size_t next() {
-    while (candidates_ != 0 || findBlock()) {
-      const auto inBlock = static_cast<std::size_t>(std::countr_zero(candidates_));
-      candidates_ &= candidates_ - 1;
-      const std::size_t place = block_ + inBlock - needle_.anchor;
-      if (text_.substr(place).starts_with(needle_.text)) return place;
-    }
-    return kNowhere;
+    if (bits_ == 0 && !findBlock()) return kNowhere;
+    const auto inBlock = static_cast<std::size_t>(std::countr_zero(bits_));
+    bits_ &= bits_ - 1;
+    return block_ + inBlock - needle_.anchor;
   }
 
  private:
@@ -41,15 +38,13 @@ class Occurrences {
 
   std::string_view text_;
   Needle needle_;
-  std::size_t unseen_;       // where the next block of 64 places begins
-  std::size_t block_ = 0;    // where the current one begins
-  uint64_t candidates_ = 0;  // its places, from the lowest bit on, that are still to be compared
+  std::size_t unseen_;     // where the next block of 64 places begins
+  std::size_t block_ = 0;  // where the current one begins
+  uint64_t bits_ = 0;      // its places still to come, from the lowest bit on
 };
 
 // The first place of the needle at or after `from`, or kNowhere.
-inline std::size_t find(std::string_view text, std::size_t from, const Needle& needle) {
-  return Occurrences(text, from, needle).next();
-}
+std::size_t find(std::string_view text, std::size_t from, const Needle& needle);
 
 // The first place of a needle that an apostrophe or a double quote and then `rest` follow, as in
 // the declaration of a namespace.
