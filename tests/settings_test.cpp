@@ -16,17 +16,27 @@ namespace {
 
 using namespace std::string_literals;
 using Params = std::array<float, kSettingsParamsSlots>;
+using Slots = std::vector<std::pair<std::size_t, float>>;
 
-// The method's defaults, some slots changed: "slot:value slot:value".
-Params record(int method, const std::string& changes = "") {
+// The method's defaults, some slots changed.
+Params record(int method, const Slots& changes = {}) {
   Params params;
   params.fill(-1);
   EXPECT_EQ(def_param(method, params.data()), 0);
-  const char* text = changes.c_str();
-  float value = 0;
-  for (int n = 0, slot = 0; std::sscanf(text, "%d:%f%n", &slot, &value, &n) == 2; text += n)
-    params[static_cast<std::size_t>(slot)] = value;
+  for (const auto& [slot, value] : changes) params[slot] = value;
   return params;
+}
+
+// "Name=value, Name=value" as elements, one a line.
+std::string elements(const std::string& list) {
+  std::string lines;
+  for (std::size_t at = 0, end = 0; at < list.size(); at = end + 2) {
+    end = std::min(list.find(", ", at), list.size());
+    const std::size_t equals = list.find('=', at);
+    const std::string name = "lfst:" + list.substr(at, equals - at) + ">";
+    lines += "<" + name + list.substr(equals + 1, end - equals - 1) + "</" + name + "\n";
+  }
+  return lines;
 }
 
 // The text, until the next call, where memory ends behind it: a step beyond it ends the test.
@@ -38,8 +48,10 @@ unsigned char* guarded(const std::string& text) {
   return static_cast<unsigned char*>(std::memcpy(end - text.size(), text.data(), text.size()));
 }
 
+// Of the text and a NUL behind it.
 int settingsOf(const std::string& text, int selector, Params& params, char* lens = nullptr) {
-  return get_settings_from_xmp(selector, static_cast<int>(text.size()), guarded(text), lens, params.data());
+  const auto length = static_cast<int>(text.size() + 1);
+  return get_settings_from_xmp(selector, length, guarded(text + '\0'), lens, params.data());
 }
 
 std::string written(int setNumber, int method, const Params& params, const char* lens = nullptr) {
@@ -49,55 +61,11 @@ std::string written(int setNumber, int method, const Params& params, const char*
   return {out, out + length};
 }
 
-// "Name value|Name value|" as elements, one a line.
-std::string elements(const std::string& list) {
-  std::string lines, name, value;
-  for (std::istringstream in(list); in >> name && std::getline(in.ignore(), value, '|');)
-    lines += "<lfst:" + name + ">" + value + "</lfst:" + name + ">\n";
-  return lines;
-}
-
 const std::string kDeclaration = "xmlns:lfst='http://ns.lumenforge.org/";
 const std::string kHead = kDeclaration + "lumenforge_settings01'>\n";
-const std::string kSigns = "~@%^&";
-const std::string kMeanings[] = {"\0"s, kDeclaration, "xmlns:aux=\"http://ns.adobe.com/exif/1.0/aux",
-                                 std::string(63, 'L'), "Method Details Enhancer|"};
 
-// Rows of so many cells, each before a semicolon; a sign stands for its meaning.
-std::vector<std::vector<std::string>> table(std::size_t cells, const std::string& text) {
-  std::vector<std::vector<std::string>> rows;
-  std::istringstream in(text);
-  for (std::string cell; std::getline(in >> std::ws, cell, ';'); rows.back().push_back(cell)) {
-    if (rows.empty() || rows.back().size() == cells) rows.emplace_back();
-    for (std::size_t at = 0; (at = cell.find_first_of(kSigns, at)) != std::string::npos; ++at)
-      cell.replace(at, 1, kMeanings[kSigns.find(cell[at])]);
-  }
-  return rows;
-}
-
-// Method, defaults, and the elements of a record whose slots hold their own numbers: a value shows its slot.
+// The blocks of all methods stand in a file, of a record whose slots hold their own numbers: a value shows its slot.
 TEST(PacketWriter, WritesEveryMethodInItsOrder) {
-  const auto rows = table(3, R"(
-1; 1:70 3:0.25 5:1 7:2 16:1; Method Details Enhancer|Strength 1.0|ToneCompression 0.0|DetailContrast 6.0|
-WhiteClip 3.000000|BlackClip 4.000000|SmoothingMode Slider|Smoothing 17.0|Microsmoothing 7.0|HighlightsSmoothing 9.0|
-ShadowsSmoothing 10.0|ShadowsClipping 11.0|SaturationHighlights 13.0|SaturationShadows 14.0|IsPano360 Yes|
-Saturation 2.0|ColorTemperature 12.0|Brightness 8.0|;
-2;; Method Tone Compressor|Compression 1.0|Contrast 2.0|WhiteClip 3.000000|BlackClip 4.000000|Saturation 13.0|
-ColorTemperature 12.0|Brightness 0.0|;
-3; 0:50 2:20 3:0.6 4:0.25; Method Contrast Optimizer|Strength 0.0|ToneCompression 1.0|LightingEffect 2.0|
-WhiteClip 6.751|BlackClip 7.415|Luminance 9.0|IsPano360 Yes|Saturation 13.0|ColorTemperature 12.0|Brightness 8.0|;
-4; 0:50 3:0.60359085; Method Tone Balancer|Strength 0.0|Lighting 1.0|Boost 2.0|Microcontrast 5.0|WhiteClip 6.751|
-BlackClip 7.415|IsPano360 Yes|Saturation 13.0|ColorTemperature 12.0|Brightness 8.0|;
-10; 8:2; Method Fusion/Natural|Strength 0.0|ExposureBalance 1.0|ShadowsContrast 2.0|WhiteClip 4.000000|
-BlackClip 5.000000|IsPano360 Yes|Sharpness 8.0|Saturation 3.0|ColorTemperature 12.0|Brightness 6.0|;
-11; 2:70; Method Fusion/Intensive|Strength 0.0|Radius 2.0|Saturation 1.0|ColorTemperature 12.0|Brightness 6.0|;
-13;; Method Fusion/2 images|Saturation 13.0|ColorTemperature 12.0|Brightness 6.0|;
-14;; Method Average|Saturation 13.0|ColorTemperature 12.0|Brightness 6.0|; 5;;; 9;;; 12; 8:2 9:1;; 16;;; 200;;;
-15; 8:2 9:1; Method Fusion/Interior|Highlights 1.0|Shadows 2.0|LocalContrast 8.0|DepthHighlights 0.0|IsPano360 Yes|
-Saturation 3.0|ColorTemperature 12.0|Brightness 6.0|;)");
-  const std::string common = R"(SaturationIndividualColors 21.0,22.0,23.0,24.0,25.0,26.0,27.0,28.0|
-TemperatureIndividualColors 31.0,32.0,33.0,34.0,35.0,36.0,37.0,38.0|
-BrightnessIndividualColors 41.0,42.0,43.0,44.0,45.0,46.0,47.0,48.0|BlendingOpacity 51.0|BlendWithEV 52.0|)";
   const std::string opening =
       "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n\n";
   const std::string lens =
@@ -106,16 +74,15 @@ BrightnessIndividualColors 41.0,42.0,43.0,44.0,45.0,46.0,47.0,48.0|BlendingOpaci
   Params params;
   for (std::size_t i = 0; i < params.size(); ++i) params[i] = static_cast<float>(i);
   params[16] = 1;
-  for (const auto& row : rows) {
-    const int method = std::stoi(row[0]);
-    std::string block = "<rdf:Description rdf:about=''\n" + kHead + elements("Version 6.0|" + row[2] + common) +
-                        "</rdf:Description>\n\n";
-    EXPECT_EQ(record(method), record(0, row[1]));
+  std::string blocks;
+  for (const int method : {1, 2, 3, 4, 5, 9, 10, 11, 12, 13, 14, 15, 16, 200}) {
+    std::string block = written(1, 200 + method, params);
+    blocks += block;
     EXPECT_EQ(written(1, method, params), opening + block + "</rdf:RDF>\n</x:xmpmeta>\n");
     block.replace(block.find("01'"), 2, "07");
     EXPECT_EQ(written(7, 200 + method, params, "EF 24-70 \"L\""), lens + block);
   }
-  for (const int other : {0, -1, INT_MIN}) EXPECT_EQ(record(other), Params{});
+  EXPECT_EQ(blocks, build::contentsOf("tests/settings_blocks.xmp"));
   EXPECT_EQ(embed_xmp(0, 0, nullptr, 0, nullptr, nullptr), 128);
   EXPECT_EQ(written(-5, -3, params, std::string(300, 'x').c_str()).size(), 128 + 119 + 300U);
   EXPECT_EQ(written(-5, INT_MAX, params), written(1, 216, params));
@@ -141,131 +108,260 @@ TEST(PacketWriter, WritesWhatReadsBackAsItWasWhateverTheLocale) {
     for (std::istringstream in(packet); std::getline(in, line); attributes += line + '\n')
       if (line.starts_with("<lfst:"))
         line.replace(line.rfind('<'), line.npos, "\"").replace(line.find('>'), 1, "=\"")[0] = ' ';
-    ASSERT_EQ(settingsOf(packet + '\0', method, read), 229);
+    ASSERT_EQ(settingsOf(packet, method, read), 229);
     ASSERT_EQ(written(1, method, read), packet);
-    ASSERT_GT(settingsOf(attributes + '\0', method, same), 0);
+    ASSERT_GT(settingsOf(attributes, method, same), 0);
     ASSERT_EQ(same, read) << attributes;
   }
   std::setlocale(LC_NUMERIC, "C");
   if (!german) GTEST_SKIP() << "the locale de_DE.UTF-8 is not installed: only \"C\" was tried";
 }
 
-// Method, slots beside its defaults, and elements in the packet.
+TEST(Defaults, OfEveryMethod) {
+  const std::pair<int, Slots> cases[] = {{1, {{1, 70}, {3, 0.25F}, {5, 1}, {7, 2}, {16, 1}}},
+                                         {3, {{0, 50}, {2, 20}, {3, 0.6F}, {4, 0.25F}}},
+                                         {4, {{0, 50}, {3, 0.60359085F}}},
+                                         {10, {{8, 2}}},
+                                         {11, {{2, 70}}},
+                                         {12, {{8, 2}, {9, 1}}},
+                                         {15, {{8, 2}, {9, 1}}}};
+  for (const auto& [method, slots] : cases) {
+    Params expected{};
+    for (const auto& [slot, value] : slots) expected[slot] = value;
+    EXPECT_EQ(record(method), expected);
+  }
+  for (const int method : {0, 2, 5, 6, 7, 8, 9, 13, 14, 16, 200, -1, INT_MIN}) EXPECT_EQ(record(method), Params{});
+}
+
+struct RecordCase {
+  int method;
+  Slots slots;  // beside the method's defaults
+  std::string elements;
+};
+
 TEST(PacketWriter, WritesEveryValueExactly) {
-  for (const auto& row : table(3, R"(13; 6:1.25 12:-0.04; ColorTemperature -0.0|Brightness 1.2|;
-      13; 6:3.4e38; Brightness 339999995214436424907732413799364296704.0|; 15; 7:nan 15:1; IsPano360 No |;
-      3; 3:0.6 4:0.25; WhiteClip 3.992|BlackClip 3.000|; 3; 3:1 4:10; WhiteClip 4.717|BlackClip 10.000|;
-      1; 16:-0.9 5:0.5; SmoothingMode Light|Smoothing Very High|; 1; 16:0 5:1; Smoothing High    |;
-      1; 16:0 5:2.9; Smoothing Medium  |; 1; 16:0 5:3; Smoothing Low     |; 1; 16:0 5:4.9; Smoothing Very Low|;
-      1; 16:0 5:nan; SmoothingMode Light|Smoothing Light|; 1; 16:1.9 17:117; SmoothingMode Slider|Smoothing 117.0|;
-      1; 16:2 17:3; SmoothingMode Light|SmoothingMode Light|Microsmoothing 2.0|;
-      1; 16:-1 5:2; SmoothingMode Light|SmoothingMode Light|Microsmoothing 2.0|;)")) {
-    const std::string packet = written(1, std::stoi(row[0]), record(std::stoi(row[0]), row[1]));
-    EXPECT_NE(packet.find(elements(row[2])), std::string::npos) << row[2] << packet;
+  std::vector<RecordCase> cases = {{13, {{6, 1.25F}, {12, -0.04F}}, "ColorTemperature=-0.0, Brightness=1.2"},
+                                   {13, {{6, 3.4e38F}}, "Brightness=339999995214436424907732413799364296704.0"},
+                                   {15, {{7, NAN}, {15, 1}}, "IsPano360=No "},
+                                   {3, {{3, 0.6F}, {4, 0.25F}}, "WhiteClip=3.992, BlackClip=3.000"},
+                                   {3, {{3, 1}, {4, 10}}, "WhiteClip=4.717, BlackClip=10.000"},
+                                   {1, {{16, 1.9F}, {17, 117}}, "SmoothingMode=Slider, Smoothing=117.0"}};
+  const std::pair<float, std::string> levels[] = {{0.5F, "Very High"}, {1, "High    "},    {2.9F, "Medium  "},
+                                                  {3, "Low     "},     {4.9F, "Very Low"}, {5, "Light"},
+                                                  {NAN, "Light"}};
+  for (const auto& [level, word] : levels)
+    cases.push_back({1, {{16, -0.9F}, {5, level}}, "SmoothingMode=Light, Smoothing=" + word + ", Microsmoothing=2.0"});
+  for (const float mode : {2.0F, -1.0F, NAN})
+    cases.push_back({1, {{16, mode}}, "SmoothingMode=Light, SmoothingMode=Light, Microsmoothing=2.0"});
+  for (const auto& [method, slots, list] : cases) {
+    const std::string packet = written(1, method, record(method, slots));
+    EXPECT_NE(packet.find(elements(list)), std::string::npos) << list << packet;
   }
 }
 
-// Method, the slots that differ from its defaults, and a packet's elements; & is method 1.
 TEST(Reader, TakesTheFirstElementOfEachNameBehindTheMethod) {
-  for (const auto& row : table(3, R"(1; 0:3; Method Contrast Enhancer and|Luminosity 3|ToneCompression 5|;
-      1;; Strength 9|&Luminosity x|ToneCompression 5|; 1;; &Smoothing Low|; 10; 6:1; Method Fusion/Adjust|Brightness 1|;
-      1; 8:-10 2:0 6:8 7:4; &Gamma 2|Brightness 3|ColorSaturation 50|Saturation 7|Microcontrast 8|NoiseSmoothing 4|;
-      1; 8:6.6666665 2:-10 6:8; &Brightness 3|Gamma 0.5|Saturation 7|ColorSaturation ?|DetailContrast 7|Microcontrast 8|;
-      1; 8:inf 16:0 5:2; &Brightness 3|Gamma -|Smoothing Medium|SmoothingMode Light|;
-      1; 15:1 16:0 5:4; &IsPano360 Yesterday|SmoothingMode Light|Smoothing Very Lower|;
-      1; 17:3.5 1:5 4:-0.1; &SmoothingMode light|Smoothing 3.5|Strength (5|WhiteClip ((5|BlackClip   -1e-1x|;
-      1; 17:2; &SmoothingModes Light|SmoothingMode Light|Smoothing 2|; 15; 1:1; Method Fusion/Real-Estate|Highlights ~ 1|
-      Shadows 0~1|; 15;; Method Fusion/Realistic|HighlightsX 1|xHighlights 2|Highlight 3|;
-      3; 3:0.60359085 4:1.2342758e-4 8:1; Method Contrast Optimizer|WhiteClip 4.000|BlackClip ?|Midtone 1|Brightness 2|;
-      2; 13:inf 0:8; Method Smooth Adaptation|Method Average|Saturation inf(|Brightness 0x1p3|;
-      0; 51:inf 52:-2; Method average|BlendingOpacity 1e39|BlendWithEV -2|;)")) {
-    const int method = std::stoi(row[0]);
-    const std::string text = kHead + elements(row[2]) + '\0';
+  const std::vector<RecordCase> cases = {
+      {1, {{0, 3}}, "Method=Contrast Enhancer and, Luminosity=3, ToneCompression=5"},
+      {1, {}, "Strength=9, Method=Details Enhancer, Luminosity=x, ToneCompression=5"},
+      {1, {}, "Method=Details Enhancer, Smoothing=Low"},
+      {1,
+       {{8, -10}, {2, 0}, {6, 8}, {7, 4}},
+       "Method=Details Enhancer, Gamma=2, Brightness=3, ColorSaturation=50, Saturation=7, Microcontrast=8, "
+       "NoiseSmoothing=4"},
+      {1,
+       {{8, 6.6666665F}, {2, -10}, {6, 8}},
+       "Method=Details Enhancer, Brightness=3, Gamma=0.5, Saturation=7, ColorSaturation=?, DetailContrast=7, "
+       "Microcontrast=8"},
+      {1,
+       {{8, INFINITY}, {16, 0}, {5, 2}},
+       "Method=Details Enhancer, Brightness=3, Gamma=-, Smoothing=Medium, SmoothingMode=Light"},
+      {1,
+       {{15, 1}, {16, 0}, {5, 4}},
+       "Method=Details Enhancer, IsPano360=Yesterday, SmoothingMode=Light, Smoothing=Very Lower"},
+      {1, {{16, 0}}, "Method=Details Enhancer, SmoothingMode=Light, Smoothing=Extreme"},
+      {1,
+       {{17, 3.5F}, {1, 5}, {4, -0.1F}},
+       "Method=Details Enhancer, SmoothingMode=light, Smoothing=3.5, Strength=(5, WhiteClip=((5, BlackClip=   "
+       "-1e-1x"},
+      {1, {{17, 2}}, "Method=Details Enhancer, SmoothingModes=Light, SmoothingMode=Light, Smoothing=2"},
+      {2, {{13, INFINITY}, {0, 8}}, "Method=Smooth Adaptation, Method=Average, Saturation=inf(, Brightness=0x1p3"},
+      {3,
+       {{3, 0.60359085F}, {4, 1.2342758e-4F}, {8, 1}},
+       "Method=Contrast Optimizer, WhiteClip=4.000, BlackClip=?, Midtone=1, Brightness=2"},
+      {3, {}, "Method=Contrast Optimizer"},
+      {4, {}, "Method=Tone Balancer"},
+      {10, {{6, 1}}, "Method=Fusion/Adjust, Brightness=1"},
+      {15, {{1, 1}}, "Method=Fusion/Real-Estate, Highlights=\0 1, Shadows=0\0001"s},
+      {15, {}, "Method=Fusion/Realistic, HighlightsX=1, xHighlights=2, Highlight=3"},
+      {0, {{51, INFINITY}, {52, -2}}, "Method=average, BlendingOpacity=1e39, BlendWithEV=-2"},
+  };
+  for (const auto& [method, slots, list] : cases) {
+    const std::string text = kHead + elements(list);
     Params params;
     EXPECT_EQ(settingsOf(text, -1, params), method) << text;
     EXPECT_EQ(settingsOf(text, method, params), text.find("lfst:Method")) << text;
-    EXPECT_EQ(params, record(method, row[1])) << text;
+    EXPECT_EQ(params, record(method, slots)) << text;
   }
 }
 
-// Selector, result, declarations, what was stored (a lens, or the defaults of a method), and the text.
-TEST(Reader, SaysWhatIsMissingAndCopiesTheLensThatFits) {
-  for (const auto& row : table(5, R"(0; -3; -3;;; 14; -3; -3;; @<lfst:Method>Average; -1; 0; 0;; ~;
-      -1; 0; 0;; xmlns:lfst='http://ns.lumenforge.org~; -1; 0; 0;; xmlns:lfst=`http://ns.lumenforge.org/lfst:Method>A~;
-      -1; -5; 1;; @~; -1; -5; 2;; @~xmlns:lfst=xmlns:lfst="http://ns.lumenforge.org/~; 0; 37; 1; 0; @~;
-      0; 38; 1; 0; @12345678901~; 14; -5; 1;; @lfst:Metho~; 14; -5; 1;; lfst:Method>Average@~;
-      14; 38; 1; 14; @xlfst:Method>Average~; 12; -5; 1;; @lfst:Method>Average~; -1; 14; 1;; @lfst:Method="Average"~;
-      -1; 14; 1;; @lfst:MethodXAverage~; -1; 0; 1;; @lfst:Method>Averag~;
-      100; 0; 0;; %~; 100; 1; 0;; %x~; 100; 44; 0;; %/1234567~; 100; 45; 0;; %/aux:Lens~;
-      100; 71; 0; EF; %/aux:LensID="9" aux:Lens="EF">~; 100; 54; 0;; %/aux:Lens=""~; 100; 58; 0;; %/aux:Lens='EF'~;
-      100; 54; 0;; %/aux:Lens=~; 100; 117; 0; ^; %/aux:Lens="^"~; 100; 118; 0;; %/aux:Lens="^L"~;
-      100; 53; 0;; %/aux:Lens>EF~; 100; 58; 0; EF 24; %/aux:Lens>EF 24</aux:Lens~; 100; 58; 0;; %/aux:Lens>EF 24</aux:Len~;
-      100; 116; 0; ^; %/aux:Lens>^</aux:Lens>~; 100; 117; 0;; %/aux:Lens>^LLL</aux:Lens>~;)")) {
-    const std::string &text = row[4], &stored = row[3];
-    std::string out(64, '.');
-    Params untouched;
-    untouched.fill(9);
+TEST(Reader, SaysWhatIsMissing) {
+  constexpr int kUntouched = -1;
+  struct Case {
+    std::string text;
+    int declarations, selector, result;
+    int stored = kUntouched;  // the method whose defaults the record then holds
+  };
+  const std::vector<Case> cases = {{"", 0, -1, 0},
+                                   {"xmlns:lfst='http://ns.lumenforge.org", 0, -1, 0},
+                                   {"xmlns:lfst=`http://ns.lumenforge.org/lfst:Method>A", 0, -1, 0},
+                                   {kDeclaration, 1, -1, -5},
+                                   {kDeclaration, 1, 0, 37, 0},
+                                   {kDeclaration + "12345678901", 1, 0, 38, 0},
+                                   {kDeclaration + "\0xmlns:lfst=xmlns:lfst=\"http://ns.lumenforge.org/"s, 2, -1, -5},
+                                   {kDeclaration + "lfst:Metho", 1, 14, -5},
+                                   {"lfst:Method>Average" + kDeclaration, 1, 14, -5},
+                                   {kDeclaration + "xlfst:Method>Average", 1, 14, 38, 14},
+                                   {kDeclaration + "<lfst:Method>Average", 1, 12, -5},
+                                   {kDeclaration + "lfst:Method=\"Average\"", 1, -1, 14},
+                                   {kDeclaration + "lfst:MethodXAverage", 1, -1, 14},
+                                   {kDeclaration + "lfst:Method>Averag", 1, -1, 0}};
+  Params untouched;
+  untouched.fill(9);
+  for (const auto& [text, declarations, selector, result, stored] : cases) {
     Params params = untouched;
-    const bool isLens = row[0] == "100";
-    EXPECT_EQ(settingsOf(text, std::stoi(row[0]), params, out.data()), std::stoi(row[1])) << text;
-    EXPECT_EQ(params, isLens || stored.empty() ? untouched : record(std::stoi(stored))) << text;
-    EXPECT_EQ(out, isLens ? stored + std::string(64 - stored.size(), '.') : std::string(64, '.')) << text;
-    EXPECT_EQ(lfsettings_occurences_in_xmp(static_cast<int>(text.size()), guarded(text)), std::stoi(row[2])) << text;
+    EXPECT_EQ(settingsOf(text, selector, params), result) << text;
+    EXPECT_EQ(params, stored == kUntouched ? untouched : record(stored)) << text;
+    const auto length = static_cast<int>(text.size() + 1);
+    EXPECT_EQ(lfsettings_occurences_in_xmp(length, guarded(text + '\0')), declarations) << text;
   }
+  for (const int length : {INT_MIN, 0, 7}) {
+    for (const int selector : {-1, 0, 14, 100})
+      EXPECT_EQ(get_settings_from_xmp(selector, length, guarded("Average"), nullptr, nullptr), -3);
+    EXPECT_EQ(lfsettings_occurences_in_xmp(length, guarded("Average")), -3);
+  }
+}
+
+TEST(Reader, CopiesTheLensThatFits) {
+  const std::string declaration = "xmlns:aux=\"http://ns.adobe.com/exif/1.0/aux/";
+  const std::string longest(63, 'L');
+  struct Case {
+    std::string text;  // behind the declaration
+    int result;        // counted from there
+    std::string lens;
+  };
+  const std::vector<Case> cases = {{"1234567", 0, ""},
+                                   {"aux:Lens", 1, ""},
+                                   {"aux:LensID=\"9\" aux:Lens=\"EF\">", 27, "EF"},
+                                   {"aux:Lens=\"\"", 10, ""},
+                                   {"aux:Lens='EF'", 14, ""},
+                                   {"aux:Lens='EF' a=\"", 16, "EF' a="},
+                                   {"aux:Lens=", 10, ""},
+                                   {"aux:Lens=\"" + longest + "\"", 73, longest},
+                                   {"aux:Lens=\"" + longest + "L\"", 74, ""},
+                                   {"aux:Lens>EF", 9, ""},
+                                   {"aux:Lens>EF 24</aux:Lens", 14, "EF 24"},
+                                   {"aux:Lens>EF 24</aux:Len", 14, ""},
+                                   {"aux:Lens>" + longest + "</aux:Lens>", 72, longest},
+                                   {"aux:Lens>" + longest + "LLL</aux:Lens>", 73, ""}};
+  const auto lensOf = [](const std::string& text) {
+    std::string out(64, '.');
+    Params params;
+    const int result = settingsOf(text, 100, params, out.data());
+    return std::pair(result, out);
+  };
+  for (const auto& [text, result, lens] : cases)
+    EXPECT_EQ(lensOf(declaration + text), std::pair(44 + result, lens + std::string(64 - lens.size(), '.'))) << text;
+  const std::string none(64, '.');
+  EXPECT_EQ(lensOf(declaration.substr(0, 43)), std::pair(0, none));
+  EXPECT_EQ(lensOf(declaration.substr(0, 43) + "x"), std::pair(1, none));
 }
 
 // The search for one tag after the other is the definition of what the one pass finds.
 TEST(Reader, FindsWhatTheSearchForEveryTagFinds) {
-  const auto searches = table(3, R"(0;0;Accentuation; 0;0;Strength; 1;0;BlendingPoint; 1;0;ExposureBalance;
-      2;0;ShadowsContrast; 2;0;Shadows; 4;0;WhiteClip; 5;0;BlackClip; 7;1;IsPano360; 8;0;Sharpness; 3;0;Saturation;
-      12;0;ColorTemperature; 6;0;MidtonesAdjustment; 6;0;Brightness; 21;20;SaturationIndividualColors;
-      31;20;TemperatureIndividualColors; 41;20;BrightnessIndividualColors; 51;0;BlendingOpacity; 52;0;BlendWithEV;)");
+  const std::pair<int, const char*> names[] = {{0, "Accentuation"},
+                                               {0, "Strength"},
+                                               {1, "BlendingPoint"},
+                                               {1, "ExposureBalance"},
+                                               {2, "ShadowsContrast"},
+                                               {2, "Shadows"},
+                                               {3, "Saturation"},
+                                               {4, "WhiteClip"},
+                                               {5, "BlackClip"},
+                                               {6, "MidtonesAdjustment"},
+                                               {6, "Brightness"},
+                                               {7, "IsPano360"},
+                                               {8, "Sharpness"},
+                                               {12, "ColorTemperature"},
+                                               {21, "SaturationIndividualColors"},
+                                               {31, "TemperatureIndividualColors"},
+                                               {41, "BrightnessIndividualColors"},
+                                               {51, "BlendingOpacity"},
+                                               {52, "BlendWithEV"}};
+  const auto kindOf = [](int slot) { return slot == 7 ? 1 : slot > 20 && slot < 50 ? 20 : 0; };
   const char* const values[] = {"1", "-2.5", "Yes", "x", "", "1,2,3,4,5,6,7,8", "lfst:Strength>4"};
   std::mt19937 random(5);
   const auto pick = [&random](const auto& list) { return list[random() % std::size(list)]; };
   for (int round = 0; round < 3'000; ++round) {
-    std::string text = kHead + elements("Method Fusion/Natural|");
+    std::string text = kHead + elements("Method=Fusion/Natural");
     const auto method = static_cast<int>(text.find("lfst:Method"));
     for (auto n = random() % 12; n > 0; --n)
-      text += std::string(random() % 400, ' ') + elements(pick(searches)[2] + " " + pick(values) + "|");
+      text += std::string(random() % 400, ' ') + elements(pick(names).second + "="s + pick(values));
     for (auto n = random() % 3; n > 0; --n) text[80 + random() % (text.size() - 80)] = "<>=l:s\0"[random() % 7];
     text.resize(text.size() - random() % 9);
-    text += '\0';
     Params params, expected = record(10);
     if (settingsOf(text, 10, params) != method) continue;
+    text += '\0';
     std::array<int, kSettingsParamsSlots> found{};
-    for (const auto& row : searches) {
-      searchForTag(std::stoi(row[0]), ("lfst:" + row[2]).c_str(), std::stoi(row[1]), guarded(text) + method, 1,
+    for (const auto& [slot, name] : names) {
+      searchForTag(slot, ("lfst:"s + name).c_str(), kindOf(slot), guarded(text) + method, 1,
                    static_cast<int>(text.size()) - method, found.data(), expected.data());
     }
     ASSERT_EQ(params, expected) << text;
   }
 }
 
-// Kind, form, result, the value after it (all are 9 before; none when nothing is found), tag and text.
 TEST(SearchForTag, StoresOneValueAndMarksItsSlot) {
-  for (const auto& row : table(6, R"(0; 1; 1; 70; a:S; <a:S>70.0</a:S>; 0; 2; 1; 70; a:S; <a:S="70.0" ;
-      0; 1; 8;; a:S; <a:S="70.0" ; 1; 1; 1; 1; a:S; <a:S>Yes; 1; 1; 1; 0; a:S; <a:S>Ye; 0; 1; 1; 9; a:S; <a:S>x;
-      20; 1; 1; 1; a:S; <a:S>1,2,3,4,5,6,7,8; 20; 1; 1; 9; a:S; <a:S>1,2,3,4,5,6,7; 7; 1; 2;; a:S; <a:S>1;
-      0; 1; 1;; a:S; <a:S>; 0; 1; 0;; a:S; a:S>; 0; 0; 1; 12; a:S; <a:S>12; 0; 3; 1; 3; a:S; <a:S>123;
-      0; -2147483648; 1; 9; a:S; <a:S>1; 0; 2147483647; 1; 9; a:S; <a:S>1; 0; 1; 8; 2; a:S; <a:SX>1<a:S>2;
-      0; 1; 1; 7;; x>>7;)")) {
+  constexpr float kBefore = 9;
+  struct Case {
+    int kind, form;
+    std::string text;
+    int result;
+    std::optional<float> stored = {};  // none: the tag is not found
+    const char* tag = "a:S";
+  };
+  const std::vector<Case> cases = {{0, 1, "<a:S>70.0</a:S>", 1, 70},
+                                   {0, 2, "<a:S=\"70.0\" ", 1, 70},
+                                   {0, 1, "<a:S=\"70.0\" ", 8},
+                                   {1, 1, "<a:S>Yes", 1, 1},
+                                   {1, 1, "<a:S>Ye", 1, 0},
+                                   {0, 1, "<a:S>x", 1, kBefore},
+                                   {20, 1, "<a:S>1,2,3,4,5,6,7,8", 1, 1},
+                                   {20, 1, "<a:S>1,2,3,4,5,6,7", 1, kBefore},
+                                   {7, 1, "<a:S>1", 2},
+                                   {0, 1, "<a:S>", 1},
+                                   {0, 1, "a:S>", 0},
+                                   {0, 0, "<a:S>12", 1, 12},
+                                   {0, 3, "<a:S>123", 1, 3},
+                                   {0, INT_MIN, "<a:S>1", 1, kBefore},
+                                   {0, INT_MAX, "<a:S>1", 1, kBefore},
+                                   {0, 1, "<a:SX>1<a:S>2", 8, 2},
+                                   {0, 1, "<a:S b=''>1</a:S>2", 13, 2},
+                                   {0, 1, "x>>7", 1, 7, ""}};
+  for (const auto& [kind, form, text, result, stored, tag] : cases) {
     std::array<int, kSettingsParamsSlots> found{};
     Params values;
-    values.fill(9);
-    const bool isFound = !row[3].empty();
-    for (const int result : {std::stoi(row[2]), isFound ? 0 : std::stoi(row[2])}) {  // what was found is left alone
-      const auto length = static_cast<int>(row[5].size());
-      EXPECT_EQ(result, searchForTag(52, row[4].c_str(), std::stoi(row[0]), guarded(row[5]), std::stoi(row[1]), length,
-                                     found.data(), values.data()));
-      EXPECT_EQ(found[52], isFound) << row[5];
-      EXPECT_EQ(values[52], isFound ? std::stof(row[3]) : 9) << row[5];
+    values.fill(kBefore);
+    for (const int expected : {result, stored ? 0 : result}) {  // what was found is left alone
+      EXPECT_EQ(expected, searchForTag(52, tag, kind, guarded(text), form, static_cast<int>(text.size()), found.data(),
+                                       values.data()));
+      EXPECT_EQ(found[52], stored.has_value()) << text;
+      EXPECT_EQ(values[52], stored.value_or(kBefore)) << text;
     }
   }
 }
 
 TEST(Files, HoldPacketsAndTheirRegions) {
-  Params params = record(4, "8:3.5"), read;
+  Params params = record(4, {{8, 3.5F}}), read;
   const std::string packet = written(1, 4, params);
   const auto size = static_cast<int>(packet.size());
   build::TempFile file("");
@@ -294,6 +390,13 @@ TEST(Files, HoldPacketsAndTheirRegions) {
   EXPECT_EQ(extract_xmp("/nonexistent", 1, 0, nullptr), -1);
   EXPECT_EQ(extract_xmp(build::TempFile("").path(), 0, 0, nullptr), -1);
 
+  // What is read before the declaration is given up again, wherever that begins.
+  for (const std::size_t blanks : {65536U - 300, 65536U - 266, 65536U - 250, 65536U - 230, 65536U, 262144U}) {
+    std::ofstream(file.path()) << std::string(blanks, ' ') << packet << std::string(70000, ' ');
+    EXPECT_EQ(read_xmp(file.path(), 4, read.data()), static_cast<int>(blanks) + 229);
+    EXPECT_EQ(read, params);
+  }
+
   // A file of more than 2 GiB, with a packet across that border.
   ASSERT_EQ(::truncate(file.path(), INT_MAX), 0);
   std::ofstream(file.path(), std::ios::binary | std::ios::in | std::ios::ate) << packet << packet;
@@ -302,7 +405,7 @@ TEST(Files, HoldPacketsAndTheirRegions) {
 }
 
 TEST(Insert, PutsTheBlockBehindTheTagAndMovesTheTail) {
-  const Params params = record(14, "6:2");
+  const Params params = record(14, {{6, 2}});
   const std::string meta = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\">";
   const std::string tag = "<rdf:RDF xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\">";
   const std::string before = "<?xpacket begin='' id='W5M0MpCehiHzreSzNTczkc9d'?>" + meta +

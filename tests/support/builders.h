@@ -158,6 +158,11 @@ inline std::string packet(const std::string& method, const std::string& lens) {
          method + "</lfst:Method></rdf:Description></rdf:RDF></x:xmpmeta>";
 }
 
+inline std::string contentsOf(const char* path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
 // A file that is there as long as the object.
 struct TempFile {
   char name[32] = "/tmp/lumenforge-XXXXXX";
@@ -169,10 +174,7 @@ struct TempFile {
   TempFile(TempFile&&) = delete;
   ~TempFile() { std::remove(name); }
   char* path() { return name; }
-  std::string bytes() const {
-    std::ifstream in(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
+  std::string bytes() const { return contentsOf(name); }
 };
 
 // A host's stream over bytes in memory, standing at `position`.
