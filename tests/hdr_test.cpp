@@ -81,8 +81,8 @@ TEST(HdrMinMax, MeasuresKnownPixels) {
   EXPECT_EQ(measureRow({{0, 0, 0, 200}, {255, 255, 255, 129}}), (Result{510, 510, 255}));
   EXPECT_EQ(measureRow({{0, 0, 0, 200}, {1, 0, 0, 255}}), (Result{1e11F, 0, 0}));
   EXPECT_EQ(measureRow({{14, 0, 0, 1}}), (Result{0x1p-127F, 0x1p-127F, 0x1p-127F}));
-  EXPECT_EQ(measureRow({{14, 0, 0, 1}, {0, 0, 0, 1}, {0, 0, 0, 9}}),
-            (Result{0x1p-127F, 0x1p-127F, static_cast<float>(0x1p-127 / 3)}));
+  EXPECT_EQ(measureRow({{28, 0, 0, 1}, {0, 0, 0, 1}, {0, 0, 0, 9}}),
+            (Result{0x1p-126F, 0x1p-126F, static_cast<float>(0x1p-126 / 3)}));
   EXPECT_EQ(measureRow({{14, 0, 0, 255}}), (Result{1e11F, 0x1p127F, 0x1p127F}));
   EXPECT_EQ(measureRow({{27, 0, 0, 255}, {255, 255, 255, 128}}), (Result{255, kInfinity, kInfinity}));
   for (const auto& [width, height, returned] : {std::array{0, 3, 3}, {-4, 3, 3}, {4, 0, 0}, {4, -1, 0}}) {
