@@ -220,6 +220,9 @@ class ToolPictures(ToolTest):
             for cut in [3, 50, len(data) // 2, len(data) - 1]:
                 self.files(**{"in": data[:cut]})
                 self.bad("in: ", "tiff in out.tif")
+        special = [(v,) for v in [0.0, -0.0, -0.1, 65504.0, 2**-14, 3 * 2**-24, math.inf, -math.inf, math.nan]]
+        self.assertEqual(self.pixels(exr([special], "Y"), "tiff in out.tif --depth float"),
+                         floats(struct.unpack("<e", struct.pack("<e", *v))[0] for v in special))
         for data, word in [(exr(gray, "Z"), "no channels"), (exr(rows, ["Y", "RY", "BY"]), "differences"),
                            (exr([[(1, 1, 1)]], code="I", pixel_type=0), "integer"),
                            (exr([[(0, 0, 0)] * 4] * 2, sampling=2, window=(0, 0)), "fewer samples"),

@@ -73,7 +73,8 @@ class Canvas {
   void fill(int left, int top, int right, int bottom, Color color) {
     for (int y = top; y < bottom; ++y) {
       for (int x = left; x < right; ++x) {
-        unsigned char* out = &pixels_[static_cast<std::size_t>(3 * (y * kWidth + x))];
+        const auto pixel = static_cast<std::size_t>(y) * kWidth + static_cast<std::size_t>(x);
+        unsigned char* out = &pixels_[3 * pixel];
         out[0] = color.red;
         out[1] = color.green;
         out[2] = color.blue;
