@@ -89,7 +89,7 @@ int extract_xmp(const char* path, int size, int offset, unsigned char* buffer) {
   if (begin + length >= *fileSize || !seekTo(file.get(), begin)) return kRegionOutside;
 
   // A file that shrinks meanwhile leaves the caller's bytes; the reader takes them as they are.
-  (void)std::fread(buffer, 1, length, file.get());
+  [[maybe_unused]] const std::size_t taken = std::fread(buffer, 1, length, file.get());
   const auto text = terminatedText(buffer, length + 1);
   if (!text) return LUMENFORGE_NOT_TERMINATED;
   return querySettings(LUMENFORGE_SELECT_METHOD, *text, 0, nullptr);

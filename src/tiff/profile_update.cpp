@@ -54,7 +54,7 @@ int replaceProfile(File append, std::FILE* update, const DirectoryEntry& entry, 
     if (!repointed) writeFields(update, entry.offset, oldFields);
   }
   if (repointed) return static_cast<int>(size);
-  static_cast<void>(ftruncate(fileno(update), static_cast<off_t>(end)));
+  [[maybe_unused]] const int cut = ftruncate(fileno(update), static_cast<off_t>(end));
   return kCannotUpdate;
 }
 
