@@ -168,7 +168,7 @@ TEST(IptcKeywords, GoBehindTheirPredecessor) {
 TEST(IptcKeywords, AreRefused) {
   for (const std::string& broken :
        {kVersion + kWord + "\x1C\2\x19\0\x05only"s, "\x1C\2\x19\0"s, "\xFF\xFF\xFF\xFF\xFF"s}) {
-    for (const std::size_t length : {3, 65536}) {  // a broken block says so first
+    for (const std::size_t length : {3U, 65536U}) {  // a broken block says so first
       EXPECT_EQ(addKeyword(broken, std::string(length, 'k'), 9), std::pair(-1, std::string(9, '?')));
     }
   }

@@ -19,7 +19,8 @@ constexpr std::size_t kHeaderSize = 128;
 constexpr std::size_t kTagSize = 12;
 
 uint32_t numberAt(std::span<const unsigned char> bytes, std::size_t at) {
-  return uint32_t{bytes[at]} << 24 | bytes[at + 1] << 16 | bytes[at + 2] << 8 | bytes[at + 3];
+  return uint32_t{bytes[at]} << 24 | uint32_t{bytes[at + 1]} << 16 | uint32_t{bytes[at + 2]} << 8 |
+         bytes[at + 3];
 }
 
 std::span<const unsigned char> within(std::span<const unsigned char> bytes, uint64_t at,

@@ -84,7 +84,7 @@ class Walk {
   uint32_t readSize() {
     std::array<unsigned char, 4> bytes{};
     text_.bytes(bytes);
-    return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | uint32_t{bytes[3]} << 24;
+    return bytes[0] | uint32_t{bytes[1]} << 8 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24;
   }
 
   uint64_t position() const { return static_cast<uint64_t>(ftello(file_.stream)); }
