@@ -8,6 +8,7 @@ class ToolFiles(ToolTest):
     def test_command_line(self):
         for expected, line in [
                 ("lfmeta: raed is no command, did you mean read?; see lfmeta --help", "raed photo.jpg"),
+                ("did you mean brackets?", "brcaekts photo.jpg"),
                 ("lfmeta: shwo is no command, did you mean show?; see lfmeta settings --help", "settings shwo in"),
                 ("lfmeta: --rceursive is no option, did you mean --recursive?; see", "read --rceursive in"),
                 ("lfmeta: -\\x1b[31mHI\\xff.jpg is no option; see lfmeta read --help", "read '-\x1b[31mHI\udcff.jpg'"),
@@ -18,18 +19,15 @@ class ToolFiles(ToolTest):
                 ("from 1 to 256", "read in -j 0"), ("from 1 to 256", "read in -j 257"),
                 ("from 1 to 99", "settings insert in --method 1 --number '[1]'")]:
             self.bad(expected, line, status=2)
-        self.files(**{"[2021]": PHOTO, "[a,b]": PHOTO, "\x01x": PHOTO, "-r": PHOTO})
-        told = self.good("read --json [2021] '[a,b]' -- '\x01x' -r").splitlines()
-        self.assertEqual([json.loads(line)["file"] for line in told], ["[2021]", "[a,b]", "\x01x", "-r"])
+        self.files(**{"[2021]": PHOTO, "[a,b]": PHOTO, "\x01x": PHOTO, "-r": PHOTO, "--": PHOTO})
+        told = self.good("read --json -j 256 [2021] '[a,b]' -- '\x01x' -r --").splitlines()
+        self.assertEqual([json.loads(line)["file"] for line in told], ["[2021]", "[a,b]", "\x01x", "-r", "--"])
+        self.assertEqual(self.good("read -j 01 photo.jpg"), self.good("read photo.jpg"))
         self.good("tiff in [o] --resolution 010 --keyword [k,l]")
         self.assertEqual(self.exiftool("[o]", "-XResolution -Keywords"), {"XResolution": 10, "Keywords": "[k,l]"})
         self.assertRegex(self.good("-V"), r"^lfmeta \d+\.\d+\.\d+\n$")
         self.assertEqual(self.good("help"), self.good("--help"))
         self.assertEqual(self.good("help settings write"), self.good("settings write -h"))
-        for line in ["", "read", "settings", "settings insert", "tiff", "icc", "exif", "hdr", "help"]:
-            told = self.good("help " + line)
-            self.assertIn("\nUsage: lfmeta %s" % line, told)
-            self.assertLessEqual(max(map(len, told.splitlines())), 80, told)
 
     def test_completions_and_the_man_page_say_every_option(self):
         folder = pathlib.Path(LFMETA).parent / "described"
@@ -47,8 +45,14 @@ class ToolFiles(ToolTest):
                          (["tiff"], ["insert"], ["--depth"], ["float"], [], ["hdr", "help"]))
         commands = [*complete("")] + ["settings " + name for name in complete("settings", "")]
         self.assertGreater(len(commands), 9)
+        self.assertRegex(page, r"\n +lfmeta settings write \[--force\] --method METHOD \[--set [^]]*\] OUT\n")
+        self.assertIn(" [OPTIONS] --method METHOD OUT\n", self.good("help settings write"))
+        self.assertIn("read [OPTIONS] [FILE...]\n", self.good("help read"))
         for command in commands:
-            options = re.findall(r"^  (-[^ ,]+(?:, --[^ ]+)?)", self.good("help " + command), re.M)
+            told = self.good("help " + command)
+            self.assertIn("\nUsage: lfmeta %s [OPTIONS]" % command, told)
+            self.assertLessEqual(max(map(len, told.splitlines())), 80, told)
+            options = re.findall(r"^  (-[^ ,]+(?:, --[^ ]+)?)", told, re.M)
             names = {name for option in options for name in option.split(", ")}
             self.assertEqual({*complete(*command.split(), "-")}, names, command)
             for place in [r"\n +lfmeta %s [^-[]*[-[].*", r"\n   %s\n(?:     .*\n|\n)*"] if len(names) > 2 else []:
@@ -59,7 +63,7 @@ class ToolFiles(ToolTest):
         shown = b"~ \xc2\xa0\xc3\xbc\xed\x9f\xbf\xee\x80\x80\xe2\x80\x90\xf0\x9f\x98\x80\xf3\xa0\x82\x80\xf4\x8f\xbf\xbf"
         escaped = ["\x1f", "\x7f", "\x80", "\x9b", "\x9f", "\xad", "\u061c", "\u200b", "\u200f", "\u2028", "\u202e",
                    "\u2066", "\ufeff", "\U000e0001"]
-        broken = b"\x9b \xff \xc1\x81 \xc3 \xe0\x9f\xbf \xed\xa0\x80 \xf0\x8f\xbf\xbf \xf4\x90\x80\x80 \xf8 \xe2\x82"
+        broken = b"\x9b \xff \xc1\x81 \xc3 \xe0\x9f\xbf \xed\xa0\x80 \xed\xbf\xbf \xf0\x8f\xbf\xbf \xf4\x90\x80\x80 \xf8 \xe2\x82"
         raw = [shown, *map(str.encode, escaped), broken]
         texts = [shown, *(re.sub(b"[^ ]", lambda c: b"\\x%02x" % ord(c[0]), text) for text in raw[1:])]
         names = [os.fsdecode(text) for text in raw]
@@ -75,10 +79,11 @@ class ToolFiles(ToolTest):
             self.assertTrue(line.lower().startswith(b'{"file":' + json.dumps(character).encode()), line)
 
     def test_a_report_that_cannot_be_written_is_a_failure(self):
-        with open("/dev/full", "wb") as full:
-            done = subprocess.run([LFMETA, "read", EXAMPLE], stdout=full, stderr=subprocess.PIPE)
-        self.assertEqual((done.returncode, done.stderr),
-                         (1, b"lfmeta: standard output: cannot be written: No space left on device\n"))
+        for words in ["read", EXAMPLE], ["help"], ["exif", EXAMPLE, "-"]:
+            with open("/dev/full", "wb") as full:
+                done = subprocess.run([LFMETA, *words], stdout=full, stderr=subprocess.PIPE)
+            self.assertEqual((done.returncode, done.stderr),
+                             (1, b"lfmeta: standard output: cannot be written: No space left on device\n"), words)
 
     def test_no_file_of_another_kind_is_replaced(self):
         self.good("settings write a.xmp --method 1")
@@ -115,7 +120,8 @@ class ToolFiles(ToolTest):
             self.assertEqual((done[0], done[1], done[2].count("\n")), (1, b"", 1), (line, done))
 
     def test_standard_input_and_output(self):
-        for source, line in [("in", "tiff %s %s"), ("photo.jpg", "exif %s %s")]:
+        self.files(big=pnm(b"P6", bytes(range(250)) * 1080, size=(300, 300)))  # more than is copied at once
+        for source, line in [("big", "tiff %s %s"), ("photo.jpg", "exif %s %s")]:
             self.good(line % (source, "named"))
             with open(self.dir / source, "rb") as stdin:
                 done = subprocess.run([LFMETA, *(line % ("-", "-")).split()], cwd=self.dir, stdin=stdin, capture_output=True)
@@ -126,7 +132,7 @@ class ToolFiles(ToolTest):
             done = subprocess.run([LFMETA, *line.split()], cwd=self.dir, input=packet, capture_output=True)
             self.assertEqual((done.returncode, done.stderr, told or done.stdout), (0, b"", done.stdout), line)
         self.assertEqual(done.stdout.count(b"<lfst:Method>"), 2)
-        self.assertEqual({*os.listdir(self.dir)}, {"photo.jpg", "in"})
+        self.assertEqual({*os.listdir(self.dir)}, {"photo.jpg", "in", "big"})
 
     @contextlib.contextmanager
     def waiting(self, target="new"):

@@ -16,20 +16,16 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::size_t kProfileSignature = 36;
-
 struct Kind {
   const char* name;
-  std::size_t offset;
   std::string_view signature;
 };
 
 constexpr std::array kKinds{
-    Kind{"a packet of settings alone", 0, "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n<rdf:RDF"sv},
-    Kind{"a TIFF picture as lfmeta writes it", 0, "II*\0"sv},
-    Kind{"a stand-alone EXIF block", 0, "II*\0"sv},
-    Kind{"a PNG picture", 0, "\x89PNG\r\n\x1A\n"sv},
-    Kind{"an ICC profile", kProfileSignature, "acsp"sv},
+    Kind{"a packet of settings alone", "<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n<rdf:RDF"sv},
+    Kind{"a TIFF picture as lfmeta writes it", "II*\0"sv},
+    Kind{"a stand-alone EXIF block", "II*\0"sv},
+    Kind{"a PNG picture", "\x89PNG\r\n\x1A\n"sv},
 };
 
 const Kind& entryOf(FileKind kind) {
@@ -66,8 +62,8 @@ const char* nameOf(FileKind kind) {
 
 bool isOfKind(int descriptor, FileKind kind) {
   constexpr int kImageWidth = 256;
-  const auto& [name, offset, signature] = entryOf(kind);
-  if (bytesAt(descriptor, offset, signature.size()) != signature) return false;
+  const auto& [name, signature] = entryOf(kind);
+  if (bytesAt(descriptor, 0, signature.size()) != signature) return false;
   if (kind != FileKind::tiff && kind != FileKind::exifBlock) return true;
   return hasTag(descriptor, kImageWidth) == (kind == FileKind::tiff) && !isRaw(descriptor);
 }

@@ -3,7 +3,7 @@
 
 namespace lfmeta {
 
-enum class FileKind { settingsPacket, tiff, exifBlock, png, iccProfile };
+enum class FileKind { settingsPacket, tiff, exifBlock, png };
 
 const char* nameOf(FileKind kind);  // "a PNG picture"
 

@@ -31,7 +31,7 @@ std::string shapeOf(const OptionDescription& option) {
     shape += (shape.empty() ? "Fl " : " , Fl ") + name.substr(1);
   }
   if (!option.value.empty()) shape += (shape.empty() ? "Ar " : " Ar ") + option.value;
-  return shape + (option.repeats ? " ..." : "");
+  return shape + (option.repeats && !shape.ends_with("...") ? " ..." : "");
 }
 
 void addSynopsis(std::string& page, const CommandDescription& command, const std::string& road) {

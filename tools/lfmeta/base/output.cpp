@@ -9,7 +9,7 @@ CLI::Option* Output::addTo(CLI::App& command, const std::string& label, FileKind
 CLI::Option* Output::addTo(CLI::App& command, const std::string& name, const std::string& label,
                            const std::string& help, FileKind theKind) {
   kind = theKind;
-  command.add_flag("--force", force, "Replace the file whatever it is");
+  command.add_flag("--force", force, "Replace the file to be written, whatever it is");
   return command.add_option(name, path, help)->type_name(label);
 }
 
