@@ -63,12 +63,16 @@ class ToolBrackets(unittest.TestCase):
             camera.frame(0.7, bias=0)  # a single in between, by the same finger
             yield [first, camera.bracket(-2, 0, 2)]
             first = camera.bracket(0, -2, 2, mode=None)  # a camera that does not say so, in another light
-            camera.frame(1, bias=0)
+            camera.frame(1.4, bias=0)
             yield [first, camera.bracket(0, -2, 2, base=1, mode=None)]
             for ev in 0, 0, 0:  # a burst
                 camera.frame(ev, bias=0)
             yield []
             yield [[camera.frame(ev) for ev in (-2, 0, 2)]]  # by hand, in manual mode
+            yield [[camera.frame(0, iso=iso) for iso in (100, 200, 400)]]
+            yield [camera.bracket(0, -1 / 3, 1 / 3, mode=None)]
+            camera.clock = camera.clock // 1 + 0.6  # whole seconds make the pauses longer than they are
+            yield [camera.bracket(5, 5.5, 6, pause=1.9)]
             camera.frame(0)
             camera.frame(0.3)
             camera.frame(0.6)  # a cloud
@@ -83,6 +87,7 @@ class ToolBrackets(unittest.TestCase):
             camera.bracket(0)
             camera.clock += 9  # a camera that notes the end of an exposure, which is 8.5 s
             yield [[camera.frame(0, bias=0, mode=2), camera.late(9, 9)]]
+            yield [camera.bracket(0, 1, 2)]
 
         for subseconds in True, False:
             expected = []
@@ -91,8 +96,8 @@ class ToolBrackets(unittest.TestCase):
                 expected += sets
                 camera.clock += 60
             self.assertEqual(self.files(camera.folder), expected)
-        self.assertEqual([os.path.basename(one["reference"]) for one in self.told("exact")][3:5],
-                         ["IMG_0012.jpg", "IMG_0015.jpg"])
+        references = [os.path.basename(one["reference"]) for one in self.told("exact")]
+        self.assertEqual(references[3:5] + references[-1:], ["IMG_0012.jpg", "IMG_0015.jpg", expected[-1][0]])
 
     def test_cameras_lenses_and_folders_do_not_mix(self):
         one, other = Camera(self.dir / "a"), Camera(self.dir / "a", "Alpenglow M3", prefix="DSC")
@@ -101,7 +106,10 @@ class ToolBrackets(unittest.TestCase):
         expected = [[], [], [], []]
         for ev in 0, -2, 2:
             for i, (camera, exif) in enumerate([(one, {}), (other, {}), (again, {}), (twin, {0xA431: "77"})]):
-                expected[i].append(camera.frame(ev, bias=ev, exif=exif))
+                expected[i].append(camera.frame(ev + i / 2, exif=exif))
+        for name in expected[0]:  # the same, as another kind of file
+            (self.dir / "a" / name).with_suffix(".tif").write_bytes((self.dir / "a" / name).read_bytes())
+        expected.append([name.replace("jpg", "tif") for name in expected[0]])
         self.assertEqual(sorted(self.files()), sorted(expected))
 
     def test_says_why_a_set_is_odd(self):
@@ -113,7 +121,9 @@ class ToolBrackets(unittest.TestCase):
         camera.clock += 60
         for ev, aperture, iso in (0, 8, 100), (-2, 11, 100), (2, 8, 400):
             camera.frame(ev, bias=ev, aperture=aperture, iso=iso)
-        self.assertEqual([one["odd"] for one in self.told()], [
+        sets = self.told()
+        self.assertEqual([one["steps"] for one in sets], [[2, 2], [2, 2], [4], [3, 1], [2.92, 4]])
+        self.assertEqual([one["odd"] for one in sets], [
             None, None, ["2 frames, where most sets of this camera have 3"],
             ["its steps are uneven: a frame may be missing, or not belong to it"],
             ["its steps are uneven: a frame may be missing, or not belong to it", "the aperture changes",
@@ -128,6 +138,7 @@ class ToolBrackets(unittest.TestCase):
         camera.bracket(0, -2, 5 / 3, pause=0.25, exif={0xA434: "16-35mm"})
         camera.frame(3)
         (self.dir / "undated.jpg").write_bytes(jpeg(app1(tiff({}, {0x829A: (1, 60)}))))
+        (self.dir / "timeless.jpg").write_bytes(jpeg(app1(tiff({}, {0x9003: "2021:06:05 10:00:00"}))))
         (self.dir / "notes").write_bytes(b"")
         told = self.told(".")[0]
         self.assertEqual({name: told[name] for name in told if name != "frames"}, {
@@ -143,7 +154,7 @@ Set 1: 3 frames from 2021:06:05 10:00:00.00, steps of 2, 1.67 EV, gaps of 0.253,
   0 EV      1/60 s, f/8, ISO 100      ./IMG_0001.jpg
   -2 EV     1/240 s, f/8, ISO 100     ./IMG_0002.jpg
   +1.67 EV  1/19 s, f/8, ISO 100      ./IMG_0003.jpg
-1 set of 3 photographs; 2 in none, 1 of them without capture or exposure time
+1 set of 3 photographs; 3 in none, 2 of them without capture or exposure time
 """, "lfmeta: missing: cannot be opened: No such file or directory\n"))
         self.assertEqual(self.told(".", "--gap", 0.1), [])
 

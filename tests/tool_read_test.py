@@ -1,5 +1,5 @@
 """lfmeta read, run as a user runs it. The judge of what a photograph says is ExifTool."""
-import json, os, pathlib, pty, resource, select, shutil, subprocess, tempfile, unittest
+import json, os, pathlib, pty, resource, select, shutil, struct, subprocess, tempfile, unittest
 
 from support import photos
 from support.photos import app1, jpeg, psd, segment, tiff
@@ -33,6 +33,7 @@ FILLED = "  Notice       fill bytes stand between its segments: a Photoshop bloc
 NO_HEADER = "has EXIF data without a TIFF header"
 SIZE = ", 320 x 240 pixels"
 NO_EXIF = "{}\n  EXIF         no EXIF data\n"
+NOT_RGB = NO_EXIF.format("PSD" + SIZE) + "  Notice       its EXIF data is not read: it is not an RGB picture\n"
 ISO = tiff({}, {0x8827: 50})
 # What a file is -> its exit status, the text below its name, and the message.
 OUTCOMES = {
@@ -50,8 +51,15 @@ OUTCOMES = {
     "a PSD with a name": (psd(photos.resource(1, b"", b"ab"), photos.resource(0x422, ISO)), NO_EXIF.format("PSD" + SIZE)
                           + "  Notice       its EXIF data is not read: an image resource with a name stands before its "
                           "EXIF data\n", None),
-    "a gray PSD": (psd(photos.resource(0x422, ISO), channels=1, mode=1), NO_EXIF.format("PSD" + SIZE)
-                   + "  Notice       its EXIF data is not read: it is not an RGB picture\n", None),
+    "a PSD of one channel": (psd(photos.resource(0x422, ISO), channels=1), NOT_RGB, None),
+    "EXIF and frame far behind": (jpeg(segment(0xFE, bytes(20000)), app1(ISO), segment(0xFE, bytes(20000))),
+                                  "JPEG%s\n  Exposure     ISO 50\n" % SIZE, None),
+    "a CMYK PSD": (psd(photos.resource(0x422, ISO), channels=4, mode=4), NOT_RGB, None),
+    "a PSD without padding": (psd(photos.resource(1, b"abc")[:-1]), NO_EXIF.format("PSD" + SIZE), None),
+    "a PSD cut in its data": (psd(photos.resource(1, bytes(99)))[:-60], None, CUT),
+    "a marker without FF": (jpeg(app1(ISO), segment(0xFE, b"")[1:]), "JPEG\n  Exposure     ISO 50\n",
+                            "has a damaged segment behind its EXIF data"),
+    "a cut directory": (jpeg(app1(b"II*\0\x08\0\0\0\xff\xff")), None, "cannot be read, or its EXIF data is damaged"),
     "a PSD": (psd(photos.resource(1, b"abc"), photos.resource(0x422, ISO)), "PSD%s\n  Exposure     ISO 50\n" % SIZE, None),
     "not a TIFF header": (jpeg(app1(b"MM\0\x2b" + ISO[4:])), None, NO_HEADER),
     "no byte order": (psd(photos.resource(0x422, b"XX" + ISO[2:])), None, NO_HEADER),
@@ -132,6 +140,24 @@ class ToolRead(unittest.TestCase):
         self.assertEqual([read(packet)[1][0][name] for name in ["lens", "orientation", "notices"]],
                          ["In the packet", 3, None])
 
+    def test_takes_tags_of_the_right_kind_within_bounds(self):
+        described = ", ".join("abcdefg") + ", 1/125s, R60 G60 B60"
+        for first, exif, name, value in [
+                ({0x10F: "m" * 5000}, {}, "make", "m" * 255), ({0x10F: 7}, {}, "make", None),
+                ({0x10F: "abc"}, {}, "make", "abc"), ({0x100: 70000}, {}, "width", 70000), ({0x101: 5}, {}, "height", 5),
+                ({0x112: (4, 1, b"\6\0\0\0")}, {}, "notices", None), ({}, {0x829A: (1, 2)}, "exposureText", "0.5"),
+                ({}, {0x9204: (5, 0)}, "exposureBias", None), ({}, {0x829A: (0, 1), 0x9201: (8, 1)}, "notices", [
+                    "the exposure time is computed from the shutter speed value"]),
+                ({270: described}, {}, "exposureText", "1/125"), ({270: described}, {}, "notices", None),
+                ({270: described}, {0x829A: (1, 50)}, "exposureText", "1/50")]:
+            self.assertEqual(read(self.file("tags", tiff(first, exif)))[1][0][name], value, (first, exif))
+        drawn = photos.resource(0x40C, struct.pack(">6I2H", 1, 160, 120, 480, 57600, 50, 24, 1) + bytes(50))
+        self.assertIn(b"  Thumbnail    50 bytes at 114, 160 x 120 pixels\n", run(LFMETA, "read", self.file(
+            "drawn", jpeg(app1(ISO), segment(0xED, b"Photoshop 3.0\0" + drawn))))[1])
+        path = self.file("described", tiff({270: described}, {0x9204: (0, 1), 0x9291: "25"}))
+        self.assertEqual(run(LFMETA, "read", path)[1].decode(),
+                         "%s (TIFF)\n  Exposure     1/125 s, ISO 800, from the image description\n" % path)
+
     def test_fails_for_what_is_wrong_and_for_nothing_else(self):
         for name, (data, text, message) in OUTCOMES.items():
             path = self.file("file", data)
@@ -164,6 +190,9 @@ class ToolRead(unittest.TestCase):
         self.assertEqual((status, broken, right, empty["file"], err),
                          (1, {"iso": 100, "file": str(cut), "error": CUT},
                           {"iso": 100, "file": str(good), "error": None}, None, ""))
+        names = [str(cut), str(good)] * 3  # whose lines and failures are told together
+        told = read("--files0-from", "-", input="\0".join(names).encode())[1]
+        self.assertEqual([t["file"] for t in told], names)
         cut.unlink()
         (self.dir / "sub.d").symlink_to("nowhere")
         status, told, err = read("-r", self.dir, "--fields", "file,fileBytes")
@@ -196,6 +225,8 @@ class ToolRead(unittest.TestCase):
         photo = PHOTO.read_bytes()
         for whole, part in [(b"Alpenglow M2", b"\x1b]0;\xff\xc2\x9bM2!\n\0"),
                             (b"\0\0\0\x32" + b"\0\0\0\1", b"\0\0\0\x32" + b"\0\0\0\0"),
+                            (b"\0\0\0\x0b\0\0\0\1", b"\0\0\0\x09\0\0\0\1"), (b"\0\0\x01\xad\0\0\0\2", b"\0\0\0\x09\0\0\0\2"),
+                            (b"\0\5\0\1\0\0\0\1\0", b"\0\5\0\1\0\0\0\1\1"),
                             (b"\0\0\x0c\xce", b"\x7f\0\x0c\xce")]:
             self.assertEqual(photo.count(whole), 1, whole)
             photo = photo.replace(whole, part)
@@ -206,7 +237,7 @@ class ToolRead(unittest.TestCase):
                          (1, ["broken.jpg"], 0x7F000CCE, "\x1b]0;\ufffd\x9bM2!\n", None, [50, 0]))
         person = run(LFMETA, "read", broken)[1]
         self.assertIn(rb"Camera       Alpenglow \x1b]0;\xff\xc2\x9bM2!\x0a,", person)
-        self.assertIn(b"Position     214.5 m", person)
+        self.assertIn(b"Position     -4.5 m, 2021:06:05 09:14:59 UTC\n", person)
 
     def test_takes_names_and_photographs_from_standard_input(self):
         names = b"\0".join([os.fsencode(PHOTO), b"", b"missing", os.fsencode(PHOTO)])
@@ -220,6 +251,8 @@ file,gps.latitude,model,MetadataBuf.exposureTime,MetadataBuf.fNumber,MetadataBuf
 MetadataBuf.focalPlaneXResolution
 -,-50.942389,Alpenglow M2,100 24999,559 100,2400 100,256000 100
 """, ""))
+        self.assertEqual(run(LFMETA, "read", PHOTO, "--json", "--fields", "gps.latitude,iso,gps.altitude,iso")[1],
+                         b'{"gps":{"latitude":-50.942389,"altitude":214.5},"iso":100}\n')
         # An engine hands over one name and waits for its line.
         with subprocess.Popen([LFMETA, "read", "--json", "--files0-from", "-"], stdin=subprocess.PIPE,
                               stdout=subprocess.PIPE) as engine:
@@ -234,6 +267,9 @@ MetadataBuf.focalPlaneXResolution
                                (["read", PHOTO, "--json", "--fields", "ios"], "ios is no field; the fields are file, ")]:
             status, out, err = run(LFMETA, *words)
             self.assertEqual((status, out, err.count("\n"), message in err), (2, b"", 1, True), err)
+        for names, message in [(b"\0", "lfmeta: a name in the list is empty\n"), (b"x" * 65536, "lfmeta: standard input: holds a name of "
+                                "more than 65536 bytes; names must end in NUL\n")]:
+            self.assertEqual(run(LFMETA, "read", "--files0-from", "-", input=names), (1, b"", message))
 
     def test_gives_rows_that_a_spreadsheet_reads(self):
         odd = self.file('a,"b".jpg', jpeg(app1(tiff({0x110: "M\n2..."}, {0x829A: (30, 1)}))))
@@ -263,11 +299,12 @@ MetadataBuf.focalPlaneXResolution
 
         with open(os.devnull, "r+") as null:
             none = most("missing")
-            for tag in 700, 270:  # a packet and a description
-                sparse = [self.file("%d.tif" % i, tiff({tag: (2, 2 ** 31 - 9999, b"12345")})) for i in range(4)]
+            for what in (tiff({700: (2, 2 ** 31 - 9999, b"12345")}), tiff({270: (2, 2 ** 31 - 9999, b"12345")}),
+                         tiff({}, {}, {0x201: 9, 0x202: (4, 1, b"\0\0\0\x7f")})):
+                sparse = [self.file("%d.tif" % i, what) for i in range(4)]
                 for path in sparse:
                     os.truncate(path, 2 ** 31)
-                self.assertLess(most("-j", 4, *sparse), none + 20, tag)
+                self.assertLess(most("-j", 4, "--thumbnail", self.dir, *sparse), none + 20)
             many = self.file("many", b"missing\0" * 100 + b"README.md\0" * 20000)
             self.assertLess(most("-j", 2, "--files0-from", many), none + 20)
 
@@ -304,7 +341,15 @@ MetadataBuf.focalPlaneXResolution
         self.assertEqual((status, err.count("\n"), "out/small/a/photo.jpg: is there with another content" in err),
                          (1, 1, True))
         self.assertEqual((self.dir / "out/small/a/photo.jpg").read_bytes(), b"mine")
+        self.file("none.jpg", jpeg(app1(ISO)))
+        self.assertEqual(run(LFMETA, "read", "--thumbnail", self.dir / "out", self.dir / "none.jpg")[2], "")
         (self.dir / "out").rename(self.dir / "mine")
+        for start in b"\xff\xc0", b"\xff":  # no start of an image, and less than that
+            place = tiff({}, {}, {0x201: (4, 1, struct.pack("<I", 62)), 0x202: (4, 1, struct.pack("<I", len(start)))})
+            self.assertEqual(len(place), 62)
+            odd = self.file("odd.tif", place + start)
+            self.assertRegex(run(LFMETA, "read", "--thumbnail", self.dir / "t", odd)[2],
+                             r"\Alfmeta: .*/odd.tif: has no JPEG stream where its thumbnail should be\n\Z")
         self.file("out", b"")
         self.assertIn("cannot be made: Not a directory", run(*words, cwd=self.dir / "in")[2])
 

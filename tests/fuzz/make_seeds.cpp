@@ -68,6 +68,7 @@ int main(int, char** arguments) {
       {"iptc", {"\4" + kIptc, "\4", "\0"s + dataset(1, 90, "u") + dataset(2, 0, "ab")}},
       {"tiff_tag", {"\1\0\5"s + kTiffFile}},
       {"exif_block", {"\6" + numbers(32, {5, 44, 9, 90, 13, 6, 20, 11}) + bytesOf(kMeta) + bytesOf(kCameraGps)}},
+      {"tool_photos", {kPhoto, tiff, psd(resource(0x422, tiff) + kBlock)}},
       {"tool_pictures", pictures()},
       {"tiff_file", {tiffFile(2, 0, kXmp), tiffFile(3, 1, ""), tiffFile(0, 3, kXmp + '\0')}},
   };

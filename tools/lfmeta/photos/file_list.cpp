@@ -151,7 +151,7 @@ std::optional<ListedFile> FileList::next(bool mayWait, const std::function<void(
     }
     auto path = nextPath(mayWait, beforeWaiting);
     if (!path) return std::nullopt;
-    if (path->empty()) return ListedFile{*path, true, "is no name"};
+    if (path->empty()) return ListedFile{*path, true, "a name in the list is empty"};
     if (!options_.recursive || !isFolder(*path)) return ListedFile{std::move(*path), true, {}};
     walk_.emplace(*path);
   }

@@ -1,7 +1,6 @@
 #include "photos/report_fields.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 
 #include "base/json_text.h"
@@ -214,11 +213,8 @@ std::string nameOf(const Field& field) {
   return name.append(field.name);
 }
 
-// Of a file of which nothing is known, all fields but its own are empty.
 void write(const Field& field, Value& value, const FileReport& file) {
   static const PhotoReport nothing;
-  const bool aboutFile = &field < std::begin(kFields) + 3;
-  if (file.report == nullptr && !aboutFile) return value.none();
   field.write(value, {file, file.report == nullptr ? nothing : *file.report});
 }
 

@@ -11,7 +11,8 @@
 
 namespace lfmeta {
 
-// What has become of a file. A file that fails has a failure, and a report as far as it was read.
+// What has become of a file. A file that fails has a failure, and a report as far as it was read;
+// without one, only errorFields mean something.
 struct FileReport {
   const std::string& path;
   const PhotoReport* report;
