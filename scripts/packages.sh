@@ -13,6 +13,9 @@ fuzzing=(clang libclang-rt-14-dev)
 testing=(libgtest-dev libgmock-dev python3 libimage-exiftool-perl libtiff-tools imagemagick locales
   libc-bin binutils ccache mandoc zsh doxygen jq parallel sqlite3)
 
+# What the Debian packages are built and checked with.
+packaging=(debhelper dpkg-dev lintian doxygen)
+
 # need PACKAGE...: returns when all are there; ends the script with a message when one cannot be had.
 need() {
   local missing=() package as_root=() log

@@ -58,6 +58,7 @@ def documented(match):
 
 with open(sys.argv[1], encoding="utf-8") as file:
     text = re.sub(r"(?<=[;,\w]) +/\*(?= )", " /**<", file.read())
+text = text.replace("/**< '", "/**< \\e '")  # a line that begins with a quote is a command to man
 result = COMMENTED.sub(documented, text)
 end = result.rindex("#ifdef __cplusplus")
 print("/** \\file\n\\brief The records, functions and results of the library. */\n" + result[:end] + "/** @} */\n" + result[end:])
