@@ -133,20 +133,20 @@ constexpr Element kCommonElements[]{
 
 // clang-format off
 constexpr Method kMethods[]{
-    {LUMENFORGE_UNKNOWN_METHOD, "", {}, false, false, {}},
-    {LUMENFORGE_DETAILS_ENHANCER, "Details Enhancer", {"Contrast Enhancer"},
-     true, true, kDetailsEnhancer},
-    {LUMENFORGE_TONE_COMPRESSOR, "Tone Compressor", {"Smooth Adaptation"},
-     true, true, kToneCompressor},
-    {LUMENFORGE_CONTRAST_OPTIMIZER, "Contrast Optimizer", {}, true, true, kContrastOptimizer},
-    {LUMENFORGE_TONE_BALANCER, "Tone Balancer", {}, true, true, kToneBalancer},
-    {LUMENFORGE_FUSION_NATURAL, "Fusion/Natural", {"Fusion/Adjust"}, true, true, kFusionNatural},
-    {LUMENFORGE_FUSION_INTENSIVE, "Fusion/Intensive", {}, true, true, kFusionIntensive},
-    {LUMENFORGE_METHOD_TWELVE, "", {}, true, false, kMethodTwelve},
-    {LUMENFORGE_FUSION_2_IMAGES, "Fusion/2 images", {}, false, false, kAverage},
-    {LUMENFORGE_AVERAGE, "Average", {}, false, false, kAverage},
-    {LUMENFORGE_FUSION_INTERIOR, "Fusion/Interior", {"Fusion/Realistic", "Fusion/Real-Estate"},
-     true, true, kFusionInterior},
+    {LUMENFORGE_UNKNOWN_METHOD, false, false, "", {}, {}},
+    {LUMENFORGE_DETAILS_ENHANCER, true, true, "Details Enhancer", {"Contrast Enhancer"},
+     kDetailsEnhancer},
+    {LUMENFORGE_TONE_COMPRESSOR, true, true, "Tone Compressor", {"Smooth Adaptation"},
+     kToneCompressor},
+    {LUMENFORGE_CONTRAST_OPTIMIZER, true, true, "Contrast Optimizer", {}, kContrastOptimizer},
+    {LUMENFORGE_TONE_BALANCER, true, true, "Tone Balancer", {}, kToneBalancer},
+    {LUMENFORGE_FUSION_NATURAL, true, true, "Fusion/Natural", {"Fusion/Adjust"}, kFusionNatural},
+    {LUMENFORGE_FUSION_INTENSIVE, true, true, "Fusion/Intensive", {}, kFusionIntensive},
+    {LUMENFORGE_METHOD_TWELVE, true, false, "", {}, kMethodTwelve},
+    {LUMENFORGE_FUSION_2_IMAGES, false, false, "Fusion/2 images", {}, kAverage},
+    {LUMENFORGE_AVERAGE, false, false, "Average", {}, kAverage},
+    {LUMENFORGE_FUSION_INTERIOR, true, true, "Fusion/Interior",
+     {"Fusion/Realistic", "Fusion/Real-Estate"}, kFusionInterior},
 };
 // clang-format on
 constexpr const Method& kUnknownMethod = kMethods[0];

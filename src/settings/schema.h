@@ -54,10 +54,10 @@ struct Element {
 
 struct Method {
   int number;
+  bool recorded;          // a photograph's packet of it is recorded on reading
+  bool kept;              // a packet of it goes into a TIFF file as it is
   std::string_view name;  // empty: no packet names it
   std::array<std::string_view, 2> olderNames;
-  bool recorded;                      // a photograph's packet of it is recorded on reading
-  bool kept;                          // a packet of it goes into a TIFF file as it is
   std::span<const Element> elements;  // in the order written
 };
 

@@ -7,7 +7,7 @@ static int look(const std::string& bytes, uint16_t tag) {
   int value = -77;
   const int at = get_tif_tag(MemoryStream(bytes).get(), tag, &count, &value);
   if (at < 0) {
-    require(isOneOf(at, {-1, -2}) && count == -77 && value == -77);
+    require(isOneOf(at, {-1, -2, -3}) && count == -77 && value == -77);
   } else {
     const std::string entry = bytes.substr(static_cast<std::size_t>(at), 12);
     require(at > 0 && entry.size() == 12 && entry.starts_with(bytesOf(tag)));
