@@ -81,6 +81,9 @@ TEST(ImageDescription, ReadsTheTextAnnouncedAndNoMore) {
   for (const int length : {0, -1, size + 1, INT32_MAX}) expectParsed(text, length, -1, record());
   expectParsed(text + "0", size, 3, record(0.5F, 200, 2));
   expectParsed("a, b, c, d, e, f, 1/2s, R30 G30 B30", 35, 0, record());
+  expectParsed(", b, c, d, e, f, g, 1/2s, R30 G30 B30", 37, 30, record(0.5F, 400, 2));
+  expectParsed("1/2s, R30 G30 B30", 17, 0, record());
+  expectParsed("x", 1, 0, record());
 
   // A text longer than the first buffer, and the stream left right behind it.
   const std::string longText = "a, b, c, d, e, f, " + std::string(100000, '.') + ", 1s, R30 G30 B3";

@@ -165,10 +165,11 @@ TEST(PhotoshopBlock, FindsResourcesAtEveryPosition) {
               {"1 iptc=3 iptcAt=27", {resource(0x400, "x" + iptc)}},   // in another one's data
               {"1 iptc=3 iptcAt=65547", {far + iptc}},
               // A name, another resource, seven bytes.
-              {"1", {resource(0x404, "\x1C\x02\x19", "\1x"), resource(0x504, "\x1C"), "....8BIM\x04\x04\0"s, ""}}});
+              {"1", {resource(0x404, "\x1C\x02\x19", "\1x"), resource(0x404, "", "\0x"s), resource(0x504, "\x1C"), "....8BIM\x04\x04\0"s, ""}}});
   // The length bounds where resources begin, the file their numbers.
   EXPECT_EQ(scan(iptc, 8), "1 iptc=3 iptcAt=14");
   EXPECT_EQ(scan(iptc, 7), "1");
+  EXPECT_EQ(scan("x" + iptc, 8), "1");
   EXPECT_EQ(scan(iptc, INT_MAX), "1 iptc=3 iptcAt=14");
   EXPECT_EQ(scan(iptc, -1), "-4");
   EXPECT_EQ(scan(iptc.substr(0, 11), 100), "1");
@@ -183,7 +184,7 @@ TEST(ReadIptc, ReadsBlocksThatEndBeforeTheFile) {
   bytes[800] = 0x1C;
   TempFile file(bytes);
   const int cases[][3] = {{199, 800, 199}, {200, 800, 0}, {100, 801, -2}, {INT_MAX, INT_MAX, 0},
-                          {-1, 800, 0},    {1, -1, 0},    {0, 800, -2}};
+                          {-1, 800, 0},    {1, -1, 0},    {0, 800, -2},   {1, 0, -2}};
   for (const auto& [length, offset, result] : cases) {
     std::vector<unsigned char> buffer(200, 0x1C);
     EXPECT_EQ(read_iptc(file.path(), length, offset, buffer.data()), result) << length << " at " << offset;
@@ -407,6 +408,11 @@ TEST(CaptureTime, IsReferenceMinusDateInLocalTime) {
                      {"2021:06:0514:03:59", "2021-06-05", "", "2021:06:05 14:03:", "2021:06:05 14 :03:59",
                       "1960:01:01 00:00:00", "-2147483648:01:01 00:00:00", "99999999999:01:01 00:00:00",
                       "2021:06:05 14:03:+-9"}}});
+  for (const std::time_t time : {0, 1}) {
+    char text[32];
+    std::strftime(text, sizeof text, "%Y:%m:%d %T", std::localtime(&time));
+    EXPECT_EQ(read(text, kTiff), time == 0 ? "-1 7" : told("1 ", static_cast<float>(reference - 1)));
+  }
 }
 
 TEST(ProfileName, ComesFromTheDescriptionWithinTheProfile) {
@@ -428,6 +434,7 @@ TEST(ProfileName, ComesFromTheDescriptionWithinTheProfile) {
                     {"-1 ",
                      {described(4, "sRG"), "desc" + std::string(60, '\0'), "  " + described(4, "sRGB"),
                       described(5, "sRGB and much more").substr(1)}}});
+  EXPECT_EQ(get_profile_name(-1, bytesAt(start), std::string(32, 'Z').data()), -1);
 }
 
 }  // namespace
