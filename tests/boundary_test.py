@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 """Holds the header and the built library against the committed description of the ABI.
 
-boundary_test.py ABI HEADER_DIRECTORY LIBRARY TABLE_OF_CALLS
+boundary_test.py ABI HEADER_DIRECTORY LIBRARY TABLE_OF_CALLS SOURCES
 """
 import re
 import subprocess
 import sys
 
-abi_file, include, library, calls = sys.argv[1:]
+abi_file, include, library, calls, sources = sys.argv[1:]
 checks = ["#include <LumenforgeMetaLib.h>"]
 abi = open(abi_file).read()
 for number, line in enumerate(abi.splitlines()):
@@ -33,3 +33,11 @@ assert re.findall(r" T (\w+)", symbols) == functions and symbols.count("\n") == 
 assert sorted(re.findall(r'^    \{"(\w+)"', open(calls).read(), re.M)) == functions
 dynamic = subprocess.run(["readelf", "-d", library], capture_output=True, text=True).stdout
 assert re.search(r"SONAME.*\[(.+)\]", dynamic)[1] == re.search(r"^soname (.+)", abi, re.M)[1]
+
+# CONTRIBUTING.md tells which file holds which function.
+told = {(path, function) for path, cell in re.findall(r"^\| `(src/.+?)` \| (.+) \|$",
+                                                      open(sources + "/CONTRIBUTING.md").read(), re.M)
+        for function in re.findall(r"\w+", cell)}
+assert sorted(function for _, function in told) == functions
+for path, function in told:
+    assert re.search(rf"^\w.* \**{function}\(", open(f"{sources}/{path}").read(), re.M), (path, function)
