@@ -165,7 +165,9 @@ TEST(PhotoshopBlock, FindsResourcesAtEveryPosition) {
               {"1 iptc=3 iptcAt=27", {resource(0x400, "x" + iptc)}},   // in another one's data
               {"1 iptc=3 iptcAt=65547", {far + iptc}},
               // A name, another resource, seven bytes.
-              {"1", {resource(0x404, "\x1C\x02\x19", "\1x"), resource(0x404, "", "\0x"s), resource(0x504, "\x1C"), "....8BIM\x04\x04\0"s, ""}}});
+              {"1",
+               {resource(0x404, "\x1C\x02\x19", "\1x"), resource(0x404, "", "\0x"s), resource(0x504, "\x1C"),
+                "....8BIM\x04\x04\0"s, ""}}});
   // The length bounds where resources begin, the file their numbers.
   EXPECT_EQ(scan(iptc, 8), "1 iptc=3 iptcAt=14");
   EXPECT_EQ(scan(iptc, 7), "1");
