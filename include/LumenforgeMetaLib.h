@@ -269,32 +269,39 @@ LUMENFORGE_API int init_exifInfo(ExifInfo* info);
  * resources unread. Structures: TIFF 6.0, EXIF 2.3, the XMP specification (JPEG APP1), Photoshop
  * image resources (JPEG APP13, TIFF tag 34377).
  *
- * At most three directories of the chain are read; a directory of exactly 255 entries is the last.
- * An offset of a next directory that lies outside the file, or is missing, ends the chain as 0
- * does. A value outside the file leaves its field, and the directory goes on.
+ * Of a JPEG are read: the first APP1 segment, which must be EXIF; the next APP1, when it is XMP and
+ * among the ten segments behind it; the first APP13, when it is Photoshop's. Of a PSD's resources,
+ * the EXIF one alone. Of directories, at most three of the chain, one of exactly 255 entries being
+ * the last; a thumbnail in all but the first; tag 34377 only in a TIFF's. An offset of a next
+ * directory that lies outside the file, or is missing, ends the chain as 0 does. A value outside
+ * the file leaves its field, and the directory goes on.
  *
+ * What is read later wins: in a JPEG its XMP segment, its directories, its Photoshop block.
  * xmpOffset and iptcOffset from a TIFF entry are the entry's values as they stand: in a JPEG's and
- * a PSD's directories they count from the TIFF header, not from the start of the file. An XMP entry
- * wins over a JPEG's XMP segment, the Photoshop block wins over an IPTC entry. The segment's
- * xmpLength is the packet's bytes and 31 more (its length field and signature), and so many are
- * read from the packet on; with xmpOffset it is kept only when they hold settings of method 1, 2,
- * 3, 4, 10, 11, 12 or 15, the lens in either case. A thumbnail or resource whose place lies beyond
- * 4 GiB is not recorded, nor is an IPTC length that does not fit 32 bits.
+ * a PSD's directories they count from the TIFF header, not from the start of the file. An XMP
+ * segment's xmpLength is the packet's bytes and 31 more (its length field and signature), and so
+ * many are read from the packet on; where the file ends before, there is none. With xmpOffset it is
+ * kept only when they hold settings of method 1, 2, 3, 4, 10, 11, 12 or 15, the lens in either
+ * case. A thumbnail or resource whose place lies beyond 4 GiB is not recorded, nor is an IPTC
+ * length that does not fit 32 bits.
  *
  * Returns
  *    1  the walk finished, also when nothing of interest was found
  *   -1  the file cannot be opened or read, or ends before its structure does: segments of a JPEG,
- * resources of a PSD, the first directory, entries that a directory of the chain announces. A JPEG
- * that does not begin with FF D8 or, before its first APP1, has five fill bytes in a row ("too many
- * padding bytes" on standard error); a segment length below 2 ("invalid marker" on standard error;
- * of the XMP segment it ends the search for XMP). A PSD without EXIF resource or whose resources do
- * not begin with "8BIM" -2  a JPEG without APP1 segment before its scan; a PSD without "8BPS"; no
- * TIFF byte-order mark, so also a JPEG whose first APP1 is not EXIF, unless a TIFF header stands
- * behind its first 6 bytes, which is then read with offsets from the start of the file -3  a TIFF
- * header without 42, a PSD with fewer than 3 channels or not in RGB mode -10  JPEG: a byte other
- * than FF where a marker should start On failure `info` holds what had been read before it. A
- * directory cut short does not hide the rest: a JPEG's Photoshop block is read all the same, and
- * the result is -1, or -10 from there.
+ *       the signature or resources of a PSD, the first directory or its offset, entries that a
+ *       directory of the chain announces. A JPEG that does not begin with FF D8, has five fill
+ *       bytes in a row before its first APP1 ("too many padding bytes" on standard error), or a
+ *       segment length below 2 ("invalid marker" on standard error; at the XMP segment it ends the
+ *       search for XMP alone). A PSD without EXIF resource, or with another before it that does not
+ *       begin with "8BIM"; names are taken to be empty
+ *   -2  a JPEG without APP1 segment before its scan; a PSD without "8BPS"; no TIFF byte-order mark,
+ *       so also a JPEG whose first APP1 is not EXIF, unless a TIFF header stands behind its first 6
+ *       bytes, which is then read with offsets from the start of the file
+ *   -3  a TIFF header without 42; a PSD without 3 channels or more in RGB mode
+ *  -10  JPEG: a byte other than FF where a marker should start, on the way to the Photoshop block,
+ *       where fill bytes are not skipped
+ * On failure `info` holds what had been read before it. A directory cut short does not hide the
+ * rest: a JPEG's Photoshop block is read all the same, and the result is -1, or -10 from there.
  *
  * Work is bounded: one call reads at most 5 x 65,535 directory entries, past which the walk goes on
  * as at the end of the file, and 16 Photoshop blocks, past which blocks are passed over.
@@ -400,9 +407,9 @@ LUMENFORGE_API int read_iptc(const char* path, int length, int offset, unsigned 
  * 255, less that of "0"). A number of seven characters or more ends the reading. A number or item
  * that the end of the text cuts short is taken as it stands; a letter right at the end has value 0.
  *
- * Returns the last channel value read, normally that of B, which ends the reading; 0 when there is
- * none; -1, with `info` untouched, when `length` bytes cannot be read, `length` is 0 or less, or
- * memory cannot be obtained.
+ * Returns the last channel value read, normally that of B, which ends the reading (below 0 where
+ * what stands there is no number); 0 when there is none; -1, with `info` untouched, when `length`
+ * bytes cannot be read, `length` is 0 or less, or memory cannot be obtained.
  */
 LUMENFORGE_API int parse_image_description(FILE* f, int length, ExifInfo* info);
 
@@ -616,8 +623,8 @@ LUMENFORGE_API int extract_xmp(const char* path, int size, int offset, unsigned 
  * Returns -1 when the file cannot be opened or sought, or holds 2 GiB or more; -2 when it delivers
  * fewer bytes than its size; -4 when memory for its text cannot be obtained; -5 for selector 100,
  * before the file is opened; else as get_settings_from_xmp for the whole file and a NUL behind it.
- * Nothing before the first declaration is kept in memory, and of the rest no more than twice what
- * the file has delivered.
+ * Memory is needed for 64 KiB or, if that is more, twice what the file has delivered from its first
+ * declaration on.
  */
 LUMENFORGE_API int read_xmp(const char* path, int selector, float* params);
 

@@ -179,6 +179,10 @@ TEST(PhotoshopBlock, FindsResourcesAtEveryPosition) {
   EXPECT_EQ(scan(thumb.substr(0, 36), 100), found);
   // A long block at a stream's start.
   EXPECT_EQ(parsed(iptc + far, 0, parse_photoshop_data, 2000), "1 iptc=3 iptcAt=12");
+  // The last place that 32 bits hold, and one beyond it.
+  TempFile file(kTiff.file(kTiff.entries("8649=7#99@FFFFFFF3")));
+  std::ofstream(file.path(), std::ios::binary | std::ios::in).seekp(0xFFFFFFF3) << iptc + thumb;
+  EXPECT_EQ(outcomeOf([&](ExifInfo* info) { return getExifData(file.path(), 0, info); }), "1 iptc=3 iptcAt=4294967295");
 }
 
 TEST(ReadIptc, ReadsBlocksThatEndBeforeTheFile) {

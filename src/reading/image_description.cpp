@@ -5,15 +5,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
+#include <cstdio>
 #include <limits>
-#include <memory>
-#include <optional>
+#include <span>
 #include <string_view>
 
 #include "LumenforgeMetaLib.h"
+#include "base/growing_buffer.h"
 #include "base/result.h"
-#include "base/zeroed.h"
 
 namespace lumenforge {
 namespace {
@@ -23,8 +22,6 @@ constexpr int kExposureItem = 7;
 constexpr int kLastChannelItem = 10;
 constexpr size_t kMaxTokenLength = 6;
 constexpr int kNotFound = -1;
-
-using TextBuffer = std::unique_ptr<uint8_t[], FreeMemory>;
 
 struct Description {
   int numerator = 0;
@@ -36,20 +33,12 @@ struct Description {
   bool stopped = false;  // by an overlong token, or by the last channel
 };
 
-// A text of the length announced; the buffer starts small, so that a short stream costs no more
-// memory than it holds.
-std::optional<std::string_view> readText(FILE* f, size_t length, TextBuffer& buffer) {
-  size_t done = 0;
-  for (size_t capacity = 4096; done < length; capacity *= 2) {
-    const size_t size = std::min(capacity, length);
-    auto* grown = static_cast<uint8_t*>(std::realloc(buffer.get(), size));
-    if (grown == nullptr) return std::nullopt;
-    static_cast<void>(buffer.release());
-    buffer.reset(grown);
-    if (std::fread(grown + done, 1, size - done, f) != size - done) return std::nullopt;
-    done = size;
+bool readText(FILE* f, size_t length, GrowingBuffer& text) {
+  while (text.size() < length) {
+    const std::span<uint8_t> next = text.extend(length - text.size());
+    if (next.empty() || std::fread(next.data(), 1, next.size(), f) < next.size()) return false;
   }
-  return std::string_view(reinterpret_cast<const char*>(buffer.get()), length);
+  return true;
 }
 
 std::string_view tokenAt(std::string_view text, size_t begin, std::string_view delimiters) {
@@ -157,11 +146,11 @@ void store(const Description& d, ExifInfo& info) {
 int parse_image_description(FILE* f, int length, ExifInfo* info) {
   using namespace lumenforge;
   if (length <= 0) return kCannotRead;
-  TextBuffer buffer;
-  const auto bytes = readText(f, static_cast<size_t>(length), buffer);
-  if (!bytes) return kCannotRead;
+  GrowingBuffer buffer;
+  if (!readText(f, static_cast<size_t>(length), buffer)) return kCannotRead;
   // A stored length counts the final NUL, or several; no token shall take them for digits.
-  const Description d = parse(bytes->substr(0, bytes->find_last_not_of('\0') + 1));
+  const std::string_view text = buffer.text();
+  const Description d = parse(text.substr(0, text.find_last_not_of('\0') + 1));
   store(d, *info);
   return d.lastChannel;
 }

@@ -60,12 +60,13 @@ void takeIptc(const Resource& resource, ExifInfo& info) {
 }
 
 bool takeThumbnail(const Resource& resource, ExifInfo& info) {
+  const uint64_t place = resource.offset + kThumbDataOffset;
+  if (!fits32(place)) return false;
   setField(resource.number(kThumbWidthOffset), info.thumbWidth);
   setField(resource.number(kThumbHeightOffset), info.thumbHeight);
   setField(resource.number(kThumbRowBytesOffset), info.thumbRowBytes);
   const auto length = resource.number(kThumbLengthOffset);
-  const uint64_t place = resource.offset + kThumbDataOffset;
-  if (!length || !fits32(place)) return false;
+  if (!length) return false;
   info.thumbLength = *length;
   info.thumbOffset = static_cast<uint32_t>(place);
   return true;

@@ -1,11 +1,12 @@
 // Settings in files: a region or a whole file read, a packet written, and declarations counted.
-#include <algorithm>
 #include <climits>
 #include <cstdint>
-#include <cstring>
+#include <cstdio>
+#include <span>
 
 #include "LumenforgeMetaLib.h"
 #include "base/file.h"
+#include "base/growing_buffer.h"
 #include "base/zeroed.h"
 #include "settings/packet.h"
 #include "settings/packet_query.h"
@@ -23,51 +24,35 @@ constexpr int kNoSuchMethod = -2;    // write_xmp
 constexpr int kCannotCreate = -1;    // write_xmp
 constexpr int kNotWritten = -3;      // write_xmp
 
-// The text of a file as far as it may matter: nothing before the first settings declaration is
-// held, and of a file that has none only what the search is at.
-class FileText {
+// A file's text from its first settings declaration on; while there is none, what one may yet begin
+// in.
+class DeclaredText {
  public:
   // LUMENFORGE_OK, or why not all of the file's `size` bytes have been read.
   int read(std::FILE* file, std::size_t size) {
     for (std::size_t left = size; left > 0;) {
-      if (held_ == capacity_ && !grow()) return LUMENFORGE_NO_MEMORY;
-      const std::size_t count = std::min(left, capacity_ - held_);
-      if (std::fread(bytes_.get() + held_, 1, count, file) < count) return kTooFewBytes;
-      held_ += count;
-      left -= count;
+      const std::span<uint8_t> next = bytes_.extend(left);
+      if (next.empty()) return LUMENFORGE_NO_MEMORY;
+      if (std::fread(next.data(), 1, next.size(), file) < next.size()) return kTooFewBytes;
+      left -= next.size();
       if (!declared_) dropUndeclared();
     }
     return LUMENFORGE_OK;
   }
 
-  std::string_view text() const { return {reinterpret_cast<const char*>(bytes_.get()), held_}; }
+  std::string_view text() const { return bytes_.text(); }
   std::size_t offset() const { return offset_; }  // of the text in the file
 
  private:
-  bool grow() {
-    constexpr std::size_t kFirst = 64 << 10;
-    const std::size_t capacity = capacity_ == 0 ? kFirst : 2 * capacity_;
-    auto* const bytes = static_cast<uint8_t*>(std::realloc(bytes_.get(), capacity));
-    if (bytes == nullptr) return false;
-    (void)bytes_.release();
-    bytes_.reset(bytes);
-    capacity_ = capacity;
-    return true;
-  }
-
-  // Keeps the text from its first declaration on, or the bytes in which one may begin.
   void dropUndeclared() {
     const std::size_t place = findDeclaration(text(), 0);
     declared_ = place != kNowhere;
     const std::size_t begin = declared_ ? place : endOfPlaces(text(), 0, kDeclarationLength);
-    std::memmove(bytes_.get(), bytes_.get() + begin, held_ - begin);
-    held_ -= begin;
+    bytes_.dropFirst(begin);
     offset_ += begin;
   }
 
-  ZeroedBuffer bytes_;
-  std::size_t capacity_ = 0;
-  std::size_t held_ = 0;
+  GrowingBuffer bytes_;
   std::size_t offset_ = 0;
   bool declared_ = false;
 };
@@ -102,7 +87,7 @@ int read_xmp(const char* path, int selector, float* params) {
   const auto fileSize = sizeOf(file.get());
   if (!fileSize || *fileSize > INT_MAX || !seekTo(file.get(), 0)) return LUMENFORGE_CANNOT_READ;
 
-  FileText held;
+  DeclaredText held;
   const int result = held.read(file.get(), *fileSize);
   if (result != LUMENFORGE_OK) return result;
   file.reset();

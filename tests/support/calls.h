@@ -29,7 +29,7 @@ inline const std::string kHostXmp = std::string(40, ' ') + "<x:xmpmeta xmlns:x='
 inline const std::string kIptc = "\x1C\2\x19\0\3sea"s;
 inline const std::string kBlock = resource(0x404, kIptc) + resource(0x40C, thumbnail(9, 8, "jpeg"));
 // Longer than the memory that a text gets at first.
-inline const std::string kText = std::string(5000, 'd') + ",,, , , , , , , 1/250s, R60, G58, B61";
+inline const std::string kText = std::string(70000, 'd') + ",,, , , , , , , 1/250s, R60, G58, B61";
 inline const std::string kIcc = std::string(60, 'p') + "desc\0\0\0\0\0\0\0\5sRGB "s;
 inline const std::string kTiffFile = kTiff.file({kTiff.longEntry(1, 9), {0x8773, 7, 9, "a profile"}});
 inline const std::string kPhoto = kSoi + exifSegment(kTiff.file({Tiff::text(0x110, "Canon EOS 5D")}, kExif, kGps)) +
