@@ -1,5 +1,5 @@
 // EXIF data that a finished file's EXIF directories have no place for, as XMP properties (XMP
-// specification part 2, Exif metadata for XMP).
+// specification, Exif schema).
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// The structure of an XMP packet (XMP specification part 1), with the place of each piece of its
-// text, so that pieces can be put in and taken out while every other byte stays.
+// The structure of an XMP packet (XMP specification, serialization), with the place of each piece
+// of its text, so that pieces can be put in and taken out while every other byte stays.
 #pragma once
 
 #include <cstddef>

@@ -8,7 +8,7 @@
 
 namespace lfmeta {
 
-// Of the packet in one segment of a JPEG (XMP specification part 3).
+// Of the packet in one segment of a JPEG (XMP specification, storage in files).
 inline constexpr std::size_t kLongestJpegPacket = 65502;
 
 // Whether the file is a picture that a packet can be put into: a JPEG or a TIFF that is no raw

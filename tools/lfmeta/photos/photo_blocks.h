@@ -1,5 +1,5 @@
 // Where a photograph keeps its metadata: the EXIF data, the XMP packet and the IPTC block, wherever
-// they stand (ITU-T T.81 annex B, TIFF 6.0, Photoshop file format, XMP specification part 3).
+// they stand (ITU-T T.81 annex B, TIFF 6.0, Photoshop file format, XMP storage in files).
 #pragma once
 
 #include <cstdint>
