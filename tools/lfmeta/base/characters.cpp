@@ -41,6 +41,15 @@ Character firstCharacter(std::string_view text) {
   return {code, length, true};
 }
 
+bool isUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const Character next = firstCharacter(text);
+    if (!next.known) return false;
+    text.remove_prefix(next.length);
+  }
+  return true;
+}
+
 bool isHidden(char32_t code) {
   return std::any_of(std::begin(kHidden), std::end(kHidden),
                      [&](const Range& range) { return code >= range.first && code <= range.last; });

@@ -15,6 +15,8 @@ struct Character {
 // The first character of a text that is not empty.
 Character firstCharacter(std::string_view text);
 
+bool isUtf8(std::string_view text);
+
 // Drives the terminal, turns the direction of the text or cannot be seen.
 bool isHidden(char32_t code);
 

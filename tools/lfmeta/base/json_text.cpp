@@ -13,15 +13,6 @@ bool isPlain(char c) {
   return c >= ' ' && c < 0x7F && c != '"' && c != '\\';
 }
 
-bool isUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const Character next = firstCharacter(text);
-    if (!next.known) return false;
-    text.remove_prefix(next.length);
-  }
-  return true;
-}
-
 }  // namespace
 
 void appendJsonText(std::string& out, std::string_view text) {

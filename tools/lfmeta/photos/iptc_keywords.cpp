@@ -17,15 +17,6 @@ using namespace std::string_view_literals;
 constexpr auto kUtf8 = "\x1B%G"sv;  // the escape sequence of ISO 2022 that announces it
 constexpr std::size_t kHeaderSize = 5;
 
-bool isUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const Character next = firstCharacter(text);
-    if (!next.known) return false;
-    text.remove_prefix(next.length);
-  }
-  return true;
-}
-
 bool isAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(),
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
