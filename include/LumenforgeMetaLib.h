@@ -609,9 +609,8 @@ LUMENFORGE_API int get_settings_from_xmp(int selector, int length, const unsigne
  * read as far as the arguments reach.
  *
  * Returns -1 when the file cannot be opened, its end cannot be sought or it is empty; 0 with
- * `buffer` untouched when the region does not end before the end of the file, its beginning cannot
- * be sought, or `size` or `offset` is negative; else as get_settings_from_xmp with selector -1 (a
- * method, 0, -3 or -5).
+ * `buffer` untouched when the region does not end before the end of the file, or `size` or `offset`
+ * is negative; else as get_settings_from_xmp with selector -1 (a method, 0, -3 or -5).
  */
 LUMENFORGE_API int extract_xmp(const char* path, int size, int offset, unsigned char* buffer);
 

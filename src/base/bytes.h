@@ -1,6 +1,5 @@
-// 16- and 32-bit numbers in memory, in either byte order. But for the readers
-// of a host's stream (reading/byte_order.cpp), where its end enters the arithmetic, nothing else
-// touches byte order.
+// 16- and 32-bit numbers in memory, in either byte order. But for the readers of a host's stream
+// (reading/byte_order.cpp), where its end enters the arithmetic, nothing else touches byte order.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,6 @@
 #include "base/file.h"
 
 #include <fcntl.h>
-#include <sys/types.h>
 #include <unistd.h>
 
 #include <array>
@@ -40,11 +39,6 @@ bool seekTo(std::FILE* file, uint64_t offset) {
 
 std::optional<uint64_t> positionOf(std::FILE* file) {
   return fromSystem(ftello(file));
-}
-
-std::optional<uint64_t> sizeOf(std::FILE* file) {
-  if (fseeko(file, 0, SEEK_END) != 0) return std::nullopt;
-  return positionOf(file);
 }
 
 InputFile::InputFile(const char* path) : descriptor_(::open(path, O_RDONLY | O_CLOEXEC)) {}

@@ -24,9 +24,6 @@ File openUnbuffered(const char* path, const char* mode);
 bool seekTo(std::FILE* file, uint64_t offset);
 std::optional<uint64_t> positionOf(std::FILE* file);
 
-// Leaves the stream at its end.
-std::optional<uint64_t> sizeOf(std::FILE* file);
-
 // A file read by position, with a system call a read and no memory of its own.
 class InputFile {
  public:

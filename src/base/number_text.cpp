@@ -9,7 +9,6 @@
 #include <limits>
 
 namespace lumenforge {
-
 namespace {
 
 constexpr bool isSpace(char c) {

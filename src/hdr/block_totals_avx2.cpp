@@ -61,12 +61,12 @@ struct Lanes {
 
 }  // namespace
 
-[[gnu::target("avx2")]] BlockTotals blockTotalsAvx2(const PixelPlanes& pixels, size_t count,
+[[gnu::target("avx2")]] BlockTotals blockTotalsAvx2(const PixelPlanes& pixels, std::size_t count,
                                                     int base) {
   const __m256i zero = _mm256_setzero_si256();
   const __m256i bases = _mm256_set1_epi8(static_cast<char>(base));
   Lanes lanes = {_mm256_set1_epi32(-1), zero, zero};
-  for (size_t x = 0; x < count; x += kBlockPixels) {
+  for (std::size_t x = 0; x < count; x += kBlockPixels) {
     const __m256i red = load(pixels.red() + x);
     const __m256i green = load(pixels.green() + x);
     const __m256i blue = load(pixels.blue() + x);

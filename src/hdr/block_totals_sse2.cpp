@@ -75,11 +75,11 @@ BlockTotals totalsOf(const Lanes& lanes) {
 
 }  // namespace
 
-BlockTotals blockTotalsSse2(const PixelPlanes& pixels, size_t count, int base) {
+BlockTotals blockTotalsSse2(const PixelPlanes& pixels, std::size_t count, int base) {
   const __m128i zero = _mm_setzero_si128();
   const __m128i belowBase = _mm_set1_epi8(static_cast<char>(base - 1));
   Lanes lanes = {_mm_set1_ps(kInfinity), _mm_setzero_ps(), zero};
-  for (size_t x = 0; x < count; x += 16) {
+  for (std::size_t x = 0; x < count; x += 16) {
     const __m128i red = load(pixels.red() + x);
     const __m128i green = load(pixels.green() + x);
     const __m128i blue = load(pixels.blue() + x);

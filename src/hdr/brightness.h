@@ -19,15 +19,15 @@ static_assert(kRedWeight + kGreenWeight + kBlueWeight == 1 << kWeightBits);
 // Pixels of a row, from any of them on: the four planes lie `width` bytes apart, as wide as a row.
 struct PixelPlanes {
   const uint8_t* first;
-  size_t width;
+  std::size_t width;
 
   const uint8_t* red() const { return first; }
   const uint8_t* green() const { return first + width; }
   const uint8_t* blue() const { return first + 2 * width; }
   const uint8_t* exponent() const { return first + 3 * width; }
 
-  PixelPlanes from(size_t x) const { return {first + x, width}; }
-  PixelPlanes below(size_t rows) const { return {first + 4 * width * rows, width}; }
+  PixelPlanes from(std::size_t x) const { return {first + x, width}; }
+  PixelPlanes below(std::size_t rows) const { return {first + 4 * width * rows, width}; }
 };
 
 // In double precision, where no brightness is subnormal: what a host has told the processor to do
@@ -46,8 +46,8 @@ void fillPowers(double* powers);
 
 // The definition: `count` pixels of each of `rows` rows, one by one. Every other way to measure
 // gives the same bits.
-void addInOrder(const PixelPlanes& pixels, size_t count, size_t rows, const double* powers,
-                Brightness& result);
+void addInOrder(const PixelPlanes& pixels, std::size_t count, std::size_t rows,
+                const double* powers, Brightness& result);
 
 // Rounded once to single precision, subnormal or not.
 float toFloat(double value);
@@ -55,7 +55,7 @@ float toFloat(double value);
 // ---- Blocks of pixels as integers
 
 // The pixels that one step of the vector code takes.
-inline constexpr size_t kBlockPixels = 32;
+inline constexpr std::size_t kBlockPixels = 32;
 
 // How far a pixel's exponent may lie above the base of its blocks: m << 23 fits a signed 32-bit
 // number, and the sum of two such an unsigned one.
@@ -73,9 +73,9 @@ struct BlockTotals {
 };
 
 // `count`: a multiple of kBlockPixels, at most 2^20. Exponents are 0 or base to base + kMaxShift.
-using BlockTotalsFunction = BlockTotals (*)(const PixelPlanes& pixels, size_t count, int base);
-BlockTotals blockTotalsSse2(const PixelPlanes& pixels, size_t count, int base);
-BlockTotals blockTotalsAvx2(const PixelPlanes& pixels, size_t count, int base);
+using BlockTotalsFunction = BlockTotals (*)(const PixelPlanes& pixels, std::size_t count, int base);
+BlockTotals blockTotalsSse2(const PixelPlanes& pixels, std::size_t count, int base);
+BlockTotals blockTotalsAvx2(const PixelPlanes& pixels, std::size_t count, int base);
 
 // The fastest that this processor has.
 BlockTotalsFunction chooseBlockTotals();
@@ -83,18 +83,18 @@ BlockTotalsFunction chooseBlockTotals();
 struct ExponentRange {
   int lowest;  // above 0; 256 when every exponent is 0
   int highest;
-  size_t zeros;
+  std::size_t zeros;
 };
 
 // `count`: a multiple of kBlockPixels, at most kStretchPixels.
-ExponentRange exponentRange(const uint8_t* exponents, size_t count);
+ExponentRange exponentRange(const uint8_t* exponents, std::size_t count);
 
 // ---- Images
 
 // Pixels that are taken as blocks or in order together: few enough that one stray exponent costs
 // little, and that what exponentRange has read is still in the cache; many enough that the work per
 // stretch does not show.
-inline constexpr size_t kStretchPixels = 1024;
+inline constexpr std::size_t kStretchPixels = 1024;
 
 // `data`: `height` rows of four planes of `width` bytes, without gaps.
 Brightness measureImage(int width, int height, const uint8_t* data, const double* powers,

@@ -12,15 +12,15 @@ void fillPowers(double* powers) {
   for (int e = 0; e < 256; ++e) powers[e] = std::ldexp(1.0, e - 128);
 }
 
-void addInOrder(const PixelPlanes& pixels, size_t count, size_t rows, const double* powers,
-                Brightness& result) {
+void addInOrder(const PixelPlanes& pixels, std::size_t count, std::size_t rows,
+                const double* powers, Brightness& result) {
   double minimum = result.minimum;
   double maximum = 0;
   double sum = result.sum;
   uint64_t counted = 0;
-  for (size_t y = 0; y < rows; ++y) {
+  for (std::size_t y = 0; y < rows; ++y) {
     const PixelPlanes row = pixels.below(y);
-    for (size_t x = 0; x < count; ++x) {
+    for (std::size_t x = 0; x < count; ++x) {
       const uint8_t exponent = row.exponent()[x];
       if (exponent == 0) continue;
       const int m = (kRedWeight * row.red()[x] + kGreenWeight * row.green()[x] +

@@ -10,7 +10,6 @@
 #include <bit>
 
 #include "LumenforgeMetaLib.h"
-#include "base/result.h"
 #include "base/zeroed.h"
 #include "hdr/brightness.h"
 
@@ -18,7 +17,7 @@ namespace lumenforge {
 namespace {
 
 // With fewer the vector code gains little, and loses where exponents are wild.
-constexpr size_t kFewestBlockPixels = 3 * kBlockPixels;
+constexpr std::size_t kFewestBlockPixels = 3 * kBlockPixels;
 
 // Below this many times a power of two, each multiple of that power is a double.
 constexpr double kExactMultiples = 0x1p53;
@@ -43,7 +42,7 @@ bool mayFit(const ExponentRange& range, const double* powers, double sum) {
 }
 
 // Adds blocks of pixels as integers. False, and nothing added, where that might round.
-bool addBlocks(const PixelPlanes& pixels, size_t count, const double* powers,
+bool addBlocks(const PixelPlanes& pixels, std::size_t count, const double* powers,
                BlockTotalsFunction blockTotals, Brightness& result) {
   // A look at the first block spares the rest where exponents are wild.
   if (!mayFit(exponentRange(pixels.exponent(), kBlockPixels), powers, result.sum)) return false;
@@ -65,9 +64,9 @@ bool addBlocks(const PixelPlanes& pixels, size_t count, const double* powers,
   return true;
 }
 
-void addStretch(const PixelPlanes& pixels, size_t count, const double* powers,
+void addStretch(const PixelPlanes& pixels, std::size_t count, const double* powers,
                 BlockTotalsFunction blockTotals, Brightness& result) {
-  size_t done = count - count % kBlockPixels;
+  std::size_t done = count - count % kBlockPixels;
   if (done < kFewestBlockPixels || !addBlocks(pixels, done, powers, blockTotals, result)) done = 0;
   if (done < count) addInOrder(pixels.from(done), count - done, 1, powers, result);
 }
@@ -82,15 +81,15 @@ Brightness measureImage(int width, int height, const uint8_t* data, const double
                         BlockTotalsFunction blockTotals) {
   Brightness result;
   if (width <= 0 || height <= 0) return result;
-  const PixelPlanes pixels = {data, static_cast<size_t>(width)};
-  const auto rows = static_cast<size_t>(height);
+  const PixelPlanes pixels = {data, static_cast<std::size_t>(width)};
+  const auto rows = static_cast<std::size_t>(height);
   if (pixels.width < kFewestBlockPixels) {
     addInOrder(pixels, pixels.width, rows, powers, result);
     return result;
   }
-  for (size_t y = 0; y < rows; ++y) {
+  for (std::size_t y = 0; y < rows; ++y) {
     const PixelPlanes row = pixels.below(y);
-    for (size_t x = 0; x < row.width; x += kStretchPixels) {
+    for (std::size_t x = 0; x < row.width; x += kStretchPixels) {
       addStretch(row.from(x), std::min(kStretchPixels, row.width - x), powers, blockTotals, result);
     }
   }
@@ -102,7 +101,7 @@ Brightness measureImage(int width, int height, const uint8_t* data, const double
 int hdrMinMax(int width, int height, const unsigned char* data, float* result) {
   using namespace lumenforge;
   const ZeroedBuffer table = allocateZeroed(256 * sizeof(double));
-  if (table == nullptr) return kNoMemory;
+  if (table == nullptr) return LUMENFORGE_NO_MEMORY;
   auto* powers = reinterpret_cast<double*>(table.get());
   fillPowers(powers);
 

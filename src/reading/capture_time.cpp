@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "LumenforgeMetaLib.h"
-#include "base/result.h"
 
 namespace {
 
@@ -57,5 +56,5 @@ int time_from_datetime(const char* text, time_t reference, float* seconds) {
   const std::time_t time = std::mktime(&*date);
   if (time <= 0) return kNoTime;
   *seconds = static_cast<float>(std::difftime(reference, time));
-  return lumenforge::kOk;
+  return LUMENFORGE_OK;
 }

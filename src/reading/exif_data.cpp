@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "base/file.h"
-#include "base/result.h"
 #include "reading/jpeg_segments.h"
 #include "reading/psd_resources.h"
 #include "reading/tiff_directories.h"
@@ -23,7 +22,7 @@ int readContainer(Reading& reading) {
 }
 
 struct Outcome {
-  int result = kCannotRead;
+  int result = LUMENFORGE_CANNOT_READ;
   const char* message = nullptr;
 };
 
@@ -34,8 +33,8 @@ Outcome readFile(const char* path, int fileType, ExifInfo& info) {
   Window window(file, isJpeg ? Window::Start::metadata : Window::Start::header);
   Reading reading{window, info, fileType};
   const int result = readContainer(reading);
-  const bool isWhole = !file.failed() && (result != kOk || !reading.damaged);
-  return {isWhole ? result : kCannotRead, reading.message};
+  const bool isWhole = !file.failed() && (result != LUMENFORGE_OK || !reading.damaged);
+  return {isWhole ? result : LUMENFORGE_CANNOT_READ, reading.message};
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "reading/host_stream.h"
 
-#include "base/result.h"
-
 namespace lumenforge {
 
 int readFromStream(std::FILE* stream, int byteOrder, int base, ExifInfo& info,
@@ -12,7 +10,7 @@ int readFromStream(std::FILE* stream, int byteOrder, int base, ExifInfo& info,
     // A negative base wraps, and so does the sum of base and value: the sum is what counts.
     parse(reading, {static_cast<uint64_t>(int64_t{base}), byteOrderOfMark(byteOrder)}, *start);
   }
-  return kOk;
+  return LUMENFORGE_OK;
 }
 
 }  // namespace lumenforge

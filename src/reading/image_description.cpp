@@ -12,7 +12,6 @@
 
 #include "LumenforgeMetaLib.h"
 #include "base/growing_buffer.h"
-#include "base/result.h"
 
 namespace lumenforge {
 namespace {
@@ -20,7 +19,7 @@ namespace {
 constexpr std::string_view kSeparator = ", ";
 constexpr int kExposureItem = 7;
 constexpr int kLastChannelItem = 10;
-constexpr size_t kMaxTokenLength = 6;
+constexpr std::size_t kMaxTokenLength = 6;
 constexpr int kNotFound = -1;
 
 struct Description {
@@ -33,7 +32,7 @@ struct Description {
   bool stopped = false;  // by an overlong token, or by the last channel
 };
 
-bool readText(FILE* f, size_t length, GrowingBuffer& text) {
+bool readText(std::FILE* f, std::size_t length, GrowingBuffer& text) {
   while (text.size() < length) {
     const std::span<uint8_t> next = text.extend(length - text.size());
     if (next.empty() || std::fread(next.data(), 1, next.size(), f) < next.size()) return false;
@@ -41,7 +40,7 @@ bool readText(FILE* f, size_t length, GrowingBuffer& text) {
   return true;
 }
 
-std::string_view tokenAt(std::string_view text, size_t begin, std::string_view delimiters) {
+std::string_view tokenAt(std::string_view text, std::size_t begin, std::string_view delimiters) {
   return text.substr(begin, text.find_first_of(delimiters, begin) - begin);
 }
 
@@ -63,9 +62,9 @@ int exposureNumber(std::string_view token, Description& d) {
 
 // The first number that is not 0, and what follows its slash. Only a space or an "s" ends a
 // denominator: one that neither ends within the item takes the item's comma for a digit.
-void parseExposure(std::string_view text, size_t begin, Description& d) {
-  const size_t end = std::min(text.find(kSeparator, begin), text.size());
-  size_t at = begin;
+void parseExposure(std::string_view text, std::size_t begin, Description& d) {
+  const std::size_t end = std::min(text.find(kSeparator, begin), text.size());
+  std::size_t at = begin;
   while (at < end && d.numerator == 0 && !d.stopped) {
     if (text[at] == ' ') {
       ++at;
@@ -96,9 +95,9 @@ int* channelOf(char letter, Description& d) {
   }
 }
 
-void parseChannels(std::string_view text, size_t begin, Description& d) {
-  const size_t end = std::min(text.find(kSeparator, begin), text.size());
-  for (size_t at = begin; at < end && !d.stopped; ++at) {
+void parseChannels(std::string_view text, std::size_t begin, Description& d) {
+  const std::size_t end = std::min(text.find(kSeparator, begin), text.size());
+  for (std::size_t at = begin; at < end && !d.stopped; ++at) {
     int* channel = channelOf(text[at], d);
     if (channel == nullptr) continue;
     const std::string_view token = tokenAt(text, at + 1, ",. ");
@@ -111,9 +110,9 @@ void parseChannels(std::string_view text, size_t begin, Description& d) {
 
 Description parse(std::string_view text) {
   Description d;
-  size_t begin = 0;
+  std::size_t begin = 0;
   for (int item = 1; item <= kLastChannelItem; ++item) {
-    const size_t separator = text.find(kSeparator, begin);
+    const std::size_t separator = text.find(kSeparator, begin);
     if (separator == std::string_view::npos) break;
     begin = separator + kSeparator.size();
     if (item == kExposureItem) parseExposure(text, begin, d);
@@ -145,9 +144,9 @@ void store(const Description& d, ExifInfo& info) {
 
 int parse_image_description(FILE* f, int length, ExifInfo* info) {
   using namespace lumenforge;
-  if (length <= 0) return kCannotRead;
+  if (length <= 0) return LUMENFORGE_CANNOT_READ;
   GrowingBuffer buffer;
-  if (!readText(f, static_cast<size_t>(length), buffer)) return kCannotRead;
+  if (!readText(f, static_cast<std::size_t>(length), buffer)) return LUMENFORGE_CANNOT_READ;
   // A stored length counts the final NUL, or several; no token shall take them for digits.
   const std::string_view text = buffer.text();
   const Description d = parse(text.substr(0, text.find_last_not_of('\0') + 1));

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <string_view>
 
-#include "base/result.h"
 #include "base/zeroed.h"
 #include "reading/offsets.h"
 #include "reading/photoshop_block.h"
@@ -34,7 +33,6 @@ constexpr auto kExifSignature = "Exif\0\0"sv;
 constexpr auto kXmpSignature = "http://ns.adobe.com/xap/1.0/\0"sv;
 constexpr auto kPhotoshopSignature = "Photoshop 3.0\0"sv;
 
-constexpr int kNoMarker = -10;  // a byte other than FF where a marker should start
 constexpr int kMaxFillBytes = 4;
 constexpr uint16_t kLengthSize = 2;
 constexpr int kMaxSkippedBeforeXmp = 10;
@@ -121,59 +119,59 @@ bool searchXmp(Reading& reading, uint64_t offset) {
 int readExifSegment(Reading& reading, Cursor& cursor) {
   const uint64_t start = cursor.offset();
   const auto length = readSegmentLength(reading, cursor);
-  if (!length || *length < kLengthSize) return kCannotRead;
+  if (!length || *length < kLengthSize) return LUMENFORGE_CANNOT_READ;
   const bool isExif = matches(cursor.readBytes(kExifSignature.size()), kExifSignature);
   const uint64_t header = start + kLengthSize + kExifSignature.size();
   // Hosts rely on this: an APP1 of another kind does not fail at once. Its TIFF header is looked
   // for where the stream stands, with offsets from the start of the file.
   if (!isExif) return readTiffStructure(reading, header, 0);
-  if (!searchXmp(reading, start + *length)) return kCannotRead;
+  if (!searchXmp(reading, start + *length)) return LUMENFORGE_CANNOT_READ;
   return readTiffStructure(reading, header, header);
 }
 
 int readFirstPass(Reading& reading) {
   Cursor cursor(reading.window, 0, ByteOrder::big);
-  if (!readStartOfImage(cursor)) return kCannotRead;
+  if (!readStartOfImage(cursor)) return LUMENFORGE_CANNOT_READ;
   // Every round consumes at least a code and a length, so the file's size bounds the loop.
   while (const auto code = readMarkerCode(cursor)) {
     switch (*code) {
       case kFill:
         reading.message = "too many padding bytes\n";
-        return kCannotRead;
+        return LUMENFORGE_CANNOT_READ;
       case kEndOfImage:
       case kStartOfScan:
-        return kWrongSignature;
+        return LUMENFORGE_WRONG_SIGNATURE;
       case kApp1:
         return readExifSegment(reading, cursor);
       default:
-        if (skipSegment(reading, cursor) != Skip::done) return kCannotRead;
+        if (skipSegment(reading, cursor) != Skip::done) return LUMENFORGE_CANNOT_READ;
     }
   }
-  return kCannotRead;
+  return LUMENFORGE_CANNOT_READ;
 }
 
 // The first APP13 segment, whose code has been read.
 int readPhotoshopSegment(Reading& reading, Cursor& cursor) {
   const auto length = readSegmentLength(reading, cursor);
-  if (!length || *length < kLengthSize) return kCannotRead;
+  if (!length || *length < kLengthSize) return LUMENFORGE_CANNOT_READ;
   if (matches(cursor.readBytes(kPhotoshopSignature.size()), kPhotoshopSignature)) {
     scanPhotoshopBlock(reading, cursor.offset(), *length);
   }
-  return kOk;
+  return LUMENFORGE_OK;
 }
 
 int readSecondPass(Reading& reading) {
   Cursor cursor(reading.window, 0, ByteOrder::big);
-  if (!readStartOfImage(cursor)) return kCannotRead;
+  if (!readStartOfImage(cursor)) return LUMENFORGE_CANNOT_READ;
   while (const auto prefix = cursor.read8()) {
-    if (*prefix != kFill) return kNoMarker;
+    if (*prefix != kFill) return LUMENFORGE_NO_MARKER;
     const auto code = cursor.read8();
-    if (!code) return kCannotRead;
-    if (*code == kStartOfScan || *code == kEndOfImage) return kOk;
+    if (!code) return LUMENFORGE_CANNOT_READ;
+    if (*code == kStartOfScan || *code == kEndOfImage) return LUMENFORGE_OK;
     if (*code == kApp13) return readPhotoshopSegment(reading, cursor);
-    if (skipSegment(reading, cursor) != Skip::done) return kCannotRead;
+    if (skipSegment(reading, cursor) != Skip::done) return LUMENFORGE_CANNOT_READ;
   }
-  return kCannotRead;
+  return LUMENFORGE_CANNOT_READ;
 }
 
 }  // namespace

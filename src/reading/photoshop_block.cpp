@@ -9,7 +9,6 @@
 #include <span>
 #include <string_view>
 
-#include "base/result.h"
 #include "base/zeroed.h"
 #include "reading/offsets.h"
 
@@ -93,13 +92,13 @@ int scanStretch(std::span<const uint8_t> bytes, std::size_t size, uint64_t offse
 }  // namespace
 
 int scanPhotoshopBlock(Reading& reading, uint64_t offset, uint32_t length) {
-  if (length < kHeaderSize || reading.photoshopBlocksLeft == 0) return kOk;
+  if (length < kHeaderSize || reading.photoshopBlocksLeft == 0) return LUMENFORGE_OK;
   --reading.photoshopBlocksLeft;
   const std::size_t capacity = std::min<std::size_t>(length, kStretchSize) + kLookAhead;
   const ZeroedBuffer buffer = allocateZeroed(capacity);
-  if (buffer == nullptr) return kNoMemory;
+  if (buffer == nullptr) return LUMENFORGE_NO_MEMORY;
 
-  int result = kOk;
+  int result = LUMENFORGE_OK;
   const uint64_t positions = length - kHeaderSize + 1;  // at which a resource may begin
   for (uint64_t done = 0; done < positions; done += kStretchSize) {
     const std::span<uint8_t> bytes(buffer.get(),
@@ -116,9 +115,9 @@ int scanPhotoshopBlock(Reading& reading, uint64_t offset, uint32_t length) {
 
 int parse_photoshop_data(FILE* f, int length, ExifInfo* info) {
   using namespace lumenforge;
-  if (length < 0) return kNoMemory;
+  if (length < 0) return LUMENFORGE_NO_MEMORY;
   const auto start = positionOf(f);
-  if (!start) return kOk;
+  if (!start) return LUMENFORGE_OK;
   Window window(f, *start);
   Reading reading{window, *info};
   return scanPhotoshopBlock(reading, *start, static_cast<uint32_t>(length));

@@ -3,7 +3,6 @@
 
 #include <cstring>
 
-#include "base/result.h"
 #include "reading/tiff_directories.h"
 
 namespace lumenforge {
@@ -19,9 +18,9 @@ constexpr uint64_t kResourceHeaderSize = 12;  // signature, ID, empty name, data
 int checkHeader(Cursor& cursor) {
   cursor.skip(2 + 6);  // version, reserved
   const auto channels = cursor.read16();
-  if (!channels || *channels < kMinChannels) return kUnsupported;
+  if (!channels || *channels < kMinChannels) return LUMENFORGE_UNSUPPORTED;
   cursor.skip(4 + 4 + 2);  // height, width, depth
-  return cursor.read16() == kRgbMode ? kOk : kUnsupported;
+  return cursor.read16() == kRgbMode ? LUMENFORGE_OK : LUMENFORGE_UNSUPPORTED;
 }
 
 // File position of the EXIF resource's data. Every resource is stepped over as if its name were
@@ -49,17 +48,17 @@ std::optional<uint64_t> findExifResource(Cursor& cursor, uint32_t sectionLength)
 int readPsd(Reading& reading) {
   Cursor cursor(reading.window, 0, ByteOrder::big);
   const uint8_t* signature = cursor.readBytes(kSignatureSize);
-  if (signature == nullptr) return kCannotRead;
-  if (std::memcmp(signature, "8BPS", kSignatureSize) != 0) return kWrongSignature;
+  if (signature == nullptr) return LUMENFORGE_CANNOT_READ;
+  if (std::memcmp(signature, "8BPS", kSignatureSize) != 0) return LUMENFORGE_WRONG_SIGNATURE;
   if (const int result = checkHeader(cursor); result < 0) return result;
 
   const auto colourDataLength = cursor.read32();
-  if (!colourDataLength) return kCannotRead;
+  if (!colourDataLength) return LUMENFORGE_CANNOT_READ;
   cursor.skip(*colourDataLength);
   const auto sectionLength = cursor.read32();
-  if (!sectionLength) return kCannotRead;
+  if (!sectionLength) return LUMENFORGE_CANNOT_READ;
   const auto base = findExifResource(cursor, *sectionLength);
-  return base ? readTiffStructure(reading, *base, *base) : kCannotRead;
+  return base ? readTiffStructure(reading, *base, *base) : LUMENFORGE_CANNOT_READ;
 }
 
 }  // namespace lumenforge

@@ -3,7 +3,6 @@
 #include <limits>
 
 #include "LumenforgeMetaLib.h"
-#include "base/result.h"
 
 namespace lumenforge {
 namespace {
@@ -22,7 +21,7 @@ TagLookup findInChain(Window& window, uint64_t firstOffset, int tag) {
       if (static_cast<int>(entry->tag) == tag) return {0, *entry};
     }
     if (!directory.complete()) break;
-    if (directory.count() == 0) return {kWrongSignature, {}};
+    if (directory.count() == 0) return {LUMENFORGE_WRONG_SIGNATURE, {}};
     offset = Cursor(window, directory.offset(), ByteOrder::little).read32().value_or(0);
   }
   return {kNoSuchTag, {}};
@@ -30,8 +29,8 @@ TagLookup findInChain(Window& window, uint64_t firstOffset, int tag) {
 
 TagLookup findInFile(Window& window, uint64_t headerOffset, int tag) {
   Cursor header(window, headerOffset, ByteOrder::little);
-  if (header.read16() != kLittleEndianMark) return {kWrongSignature, {}};
-  if (header.read16() != kTiffNumber) return {kWrongSignature, {}};
+  if (header.read16() != kLittleEndianMark) return {LUMENFORGE_WRONG_SIGNATURE, {}};
+  if (header.read16() != kTiffNumber) return {LUMENFORGE_WRONG_SIGNATURE, {}};
   return findInChain(window, header.read32().value_or(0), tag);
 }
 

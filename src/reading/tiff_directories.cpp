@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "base/result.h"
 #include "reading/exif_directory.h"
 #include "reading/gps_directory.h"
 #include "reading/offsets.h"
@@ -105,15 +104,15 @@ void readDirectories(Reading& reading, const TiffFrame& frame, uint32_t firstOff
 
 int readTiffStructure(Reading& reading, uint64_t headerOffset, uint64_t base) {
   const auto mark = Cursor(reading.window, headerOffset, ByteOrder::big).read16();
-  if (mark != kLittleEndianMark && mark != kBigEndianMark) return kWrongSignature;
+  if (mark != kLittleEndianMark && mark != kBigEndianMark) return LUMENFORGE_WRONG_SIGNATURE;
 
   const TiffFrame frame{base, byteOrderOfMark(*mark)};
   Cursor header(reading.window, headerOffset + 2, frame.order);
-  if (header.read16() != kTiffNumber) return kUnsupported;
+  if (header.read16() != kTiffNumber) return LUMENFORGE_UNSUPPORTED;
   const auto firstDirectory = header.read32();
-  if (!firstDirectory) return kCannotRead;
+  if (!firstDirectory) return LUMENFORGE_CANNOT_READ;
   readDirectories(reading, frame, *firstDirectory);
-  return kOk;
+  return LUMENFORGE_OK;
 }
 
 }  // namespace lumenforge

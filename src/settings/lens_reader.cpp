@@ -6,7 +6,6 @@
 #include "settings/xmp_texts.h"
 
 namespace lumenforge {
-
 namespace {
 
 constexpr Needle kDeclaration{"xmlns:aux=", 7};  // "ux"

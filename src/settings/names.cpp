@@ -1,7 +1,6 @@
 #include "settings/names.h"
 
 namespace lumenforge {
-
 namespace {
 
 // Names by hash, so that a name found in a packet costs one comparison. No two names share a place.

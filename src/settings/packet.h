@@ -1,5 +1,5 @@
-// The door of this wing: the settings and the lens of a packet, found in its text and written as
-// text. Texts go without the NUL that ends them at the library's boundary.
+// What the other wings use of this one: the settings and the lens of a packet, found in its text
+// and written as text. Texts go without the NUL that ends them at the library's boundary.
 #pragma once
 
 #include <cstddef>

@@ -13,7 +13,6 @@
 #include "settings/text_search.h"
 
 namespace lumenforge {
-
 namespace {
 
 // Results of one function each.
@@ -29,12 +28,12 @@ constexpr int kNotWritten = -3;      // write_xmp
 class DeclaredText {
  public:
   // LUMENFORGE_OK, or why not all of the file's `size` bytes have been read.
-  int read(std::FILE* file, std::size_t size) {
-    for (std::size_t left = size; left > 0;) {
-      const std::span<uint8_t> next = bytes_.extend(left);
+  int read(InputFile& file, std::size_t size) {
+    for (std::size_t done = 0; done < size;) {
+      const std::span<uint8_t> next = bytes_.extend(size - done);
       if (next.empty()) return LUMENFORGE_NO_MEMORY;
-      if (std::fread(next.data(), 1, next.size(), file) < next.size()) return kTooFewBytes;
-      left -= next.size();
+      if (file.read(done, next, next.size()) < next.size()) return kTooFewBytes;
+      done += next.size();
       if (!declared_) dropUndeclared();
     }
     return LUMENFORGE_OK;
@@ -58,43 +57,42 @@ class DeclaredText {
 };
 
 }  // namespace
-
 }  // namespace lumenforge
 
-using namespace lumenforge;
-
 int extract_xmp(const char* path, int size, int offset, unsigned char* buffer) {
-  const File file = openUnbuffered(path, "rb");
-  if (file == nullptr) return LUMENFORGE_CANNOT_READ;
-  const auto fileSize = sizeOf(file.get());
+  using namespace lumenforge;
+  InputFile file(path);
+  if (!file.isOpen()) return LUMENFORGE_CANNOT_READ;
+  const auto fileSize = file.size();
   if (!fileSize || *fileSize == 0) return LUMENFORGE_CANNOT_READ;
   if (size < 0 || offset < 0) return kRegionOutside;
   const auto begin = static_cast<uint64_t>(offset);
   const auto length = static_cast<std::size_t>(size);
-  if (begin + length >= *fileSize || !seekTo(file.get(), begin)) return kRegionOutside;
+  if (begin + length >= *fileSize) return kRegionOutside;
 
   // A file that shrinks meanwhile leaves the caller's bytes; the reader takes them as they are.
-  [[maybe_unused]] const std::size_t taken = std::fread(buffer, 1, length, file.get());
+  file.read(begin, {buffer, length}, length);
   const auto text = terminatedText(buffer, length + 1);
   if (!text) return LUMENFORGE_NOT_TERMINATED;
   return querySettings(LUMENFORGE_SELECT_METHOD, *text, 0, nullptr);
 }
 
 int read_xmp(const char* path, int selector, float* params) {
+  using namespace lumenforge;
   if (selector == LUMENFORGE_SELECT_LENS) return kNoPlaceForLens;
-  File file = openUnbuffered(path, "rb");
-  if (file == nullptr) return LUMENFORGE_CANNOT_READ;
-  const auto fileSize = sizeOf(file.get());
-  if (!fileSize || *fileSize > INT_MAX || !seekTo(file.get(), 0)) return LUMENFORGE_CANNOT_READ;
+  InputFile file(path);
+  if (!file.isOpen()) return LUMENFORGE_CANNOT_READ;
+  const auto fileSize = file.size();
+  if (!fileSize || *fileSize > INT_MAX) return LUMENFORGE_CANNOT_READ;
 
   DeclaredText held;
-  const int result = held.read(file.get(), *fileSize);
+  const int result = held.read(file, *fileSize);
   if (result != LUMENFORGE_OK) return result;
-  file.reset();
   return querySettings(selector, held.text(), held.offset(), params);
 }
 
 int lfsettings_occurences_in_xmp(int length, const unsigned char* xmp) {
+  using namespace lumenforge;
   if (length < 1) return LUMENFORGE_NOT_TERMINATED;
   const auto text = terminatedText(xmp, static_cast<std::size_t>(length));
   if (!text) return LUMENFORGE_NOT_TERMINATED;
@@ -108,6 +106,7 @@ int lfsettings_occurences_in_xmp(int length, const unsigned char* xmp) {
 }
 
 int write_xmp(const char* path, int method, const float* params) {
+  using namespace lumenforge;
   if (method < LUMENFORGE_DETAILS_ENHANCER || method > LUMENFORGE_FUSION_INTERIOR) {
     return kNoSuchMethod;
   }

@@ -7,7 +7,6 @@
 #include "settings/xmp_texts.h"
 
 namespace lumenforge {
-
 namespace {
 
 constexpr Needle kPacketOpening{"<x:xmpmeta xmlns:x=", 4};  // "mp"
@@ -27,7 +26,6 @@ constexpr int kTagLimit = static_cast<int>(kTagSearchStart + kRdfTagSize);
 
 constexpr std::size_t kShortestTail = 3;
 
-constexpr int kNoSettingsMethod = LUMENFORGE_OTHER_METHOD;
 constexpr int kNoTail = -1;  // or one that would move down
 
 // The tag with one kind of quotes; its first quote has been matched.
@@ -64,13 +62,12 @@ int findInsertionPoint(std::string_view packet) {
 }
 
 }  // namespace
-
 }  // namespace lumenforge
 
 int insert_xmp(int setNumber, int method, const float* params, int xmpLength, int insertLength,
                char* xmp) {
   using namespace lumenforge;
-  if (method < 1) return kNoSettingsMethod;
+  if (method < 1) return LUMENFORGE_OTHER_METHOD;
   const PacketContent block{
       .setNumber = setNumber, .method = method, .params = params, .wrapped = false};
   if (setNumber == 0) return static_cast<int>(measurePacket(block));

@@ -8,7 +8,6 @@
 #include "settings/value_text.h"
 
 namespace lumenforge {
-
 namespace {
 
 constexpr Needle kDeclarationNeedle{kNamespaceDeclaration, 7};  // "fs"

@@ -12,7 +12,6 @@
 #include "settings/xmp_texts.h"
 
 namespace lumenforge {
-
 namespace {
 
 // Room for the longest value, a list.

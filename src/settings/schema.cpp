@@ -7,7 +7,6 @@
 #include "LumenforgeMetaLib.h"
 
 namespace lumenforge {
-
 namespace {
 
 float fromColorSaturation(float text) {

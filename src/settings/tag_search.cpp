@@ -4,11 +4,9 @@
 
 #include "LumenforgeMetaLib.h"
 #include "base/zeroed.h"
-#include "settings/text_search.h"
 #include "settings/value_text.h"
 
 namespace lumenforge {
-
 namespace {
 
 bool readValue(int kind, std::string_view text, std::size_t offset, float* slots) {
@@ -28,7 +26,6 @@ bool readValue(int kind, std::string_view text, std::size_t offset, float* slots
 }
 
 }  // namespace
-
 }  // namespace lumenforge
 
 int searchForTag(int slot, const char* tag, int kind, const unsigned char* buffer, int form,

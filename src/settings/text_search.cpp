@@ -6,7 +6,6 @@
 #include <cstring>
 
 namespace lumenforge {
-
 namespace {
 
 // The places of two neighbouring bytes: which of 64 places, or whether any of 128; reads one byte

@@ -1,7 +1,6 @@
 #include "tiff/camera_make.h"
 
 namespace lumenforge {
-
 namespace {
 
 struct MakeRule {

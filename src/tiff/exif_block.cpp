@@ -6,7 +6,6 @@
 #include "tiff/camera_make.h"
 
 namespace lumenforge {
-
 namespace {
 
 constexpr int32_t kDateStampLength = sizeof(GpsBuf::dateStamp);
@@ -136,14 +135,12 @@ void addExifDirectories(DirectoryWriter& directory, const ExifSizes& sizes, cons
 
 }  // namespace lumenforge
 
-using lumenforge::ExifSizes;
-using lumenforge::FileMemory;
-
 int get_exif_count(const MetadataBuf* meta, int* exifCount, int* exifDataSize, const GpsBuf* gps,
                    int* gpsCount, int* gpsDataSize, int* modelLength, int* makeLength,
                    int* dateTimeLength, int* gpsDateLength, int* lensLength, char* make) {
-  lumenforge::MakeText makeText;
-  const ExifSizes sizes = lumenforge::measureExif(*meta, *gps, makeText);
+  using namespace lumenforge;
+  MakeText makeText;
+  const ExifSizes sizes = measureExif(*meta, *gps, makeText);
   *exifCount = sizes.exifCount;
   *exifDataSize = sizes.exifDataSize;
   *gpsCount = sizes.gpsCount;
@@ -161,16 +158,14 @@ int write_exif_buf(int exifCount, int exifDataSize, int gpsCount, int gpsDataSiz
                    int makeLength, int dateTimeLength, int gpsDateLength, int orientation,
                    const MetadataBuf* meta, const GpsBuf* gps, const char* make,
                    unsigned char* out) {
-  if (makeLength <= 0 && modelLength <= 0 && exifCount <= 0 && gpsCount <= 0) {
-    return lumenforge::kNoBlock;
-  }
+  using namespace lumenforge;
+  if (makeLength <= 0 && modelLength <= 0 && exifCount <= 0 && gpsCount <= 0) return kNoBlock;
   const ExifSizes sizes = {exifCount,      exifDataSize,  gpsCount,
                            gpsDataSize,    modelLength,   makeLength,
                            dateTimeLength, gpsDateLength, 0};
-  const std::span makeText(make, sizeof(lumenforge::MakeText));
-  const uint64_t size = lumenforge::writeBlock({}, sizes, orientation, *meta, *gps, makeText);
-  if (size > std::numeric_limits<int>::max()) return lumenforge::kNoBlock;
+  const std::span makeText(make, sizeof(MakeText));
+  const uint64_t size = writeBlock({}, sizes, orientation, *meta, *gps, makeText);
+  if (size > std::numeric_limits<int>::max()) return kNoBlock;
   const FileMemory memory{{out, static_cast<std::size_t>(size)}, 0};
-  return static_cast<int>(
-      lumenforge::writeBlock(memory, sizes, orientation, *meta, *gps, makeText));
+  return static_cast<int>(writeBlock(memory, sizes, orientation, *meta, *gps, makeText));
 }

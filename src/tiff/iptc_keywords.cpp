@@ -10,7 +10,6 @@
 #include "base/bytes.h"
 
 namespace lumenforge {
-
 namespace {
 
 constexpr int kBrokenBlock = -1;
@@ -63,7 +62,6 @@ int addKeyword(std::span<const uint8_t> iptc, std::size_t insertion,
 }
 
 }  // namespace
-
 }  // namespace lumenforge
 
 int add_iptc_keyword(int iptcLength, const unsigned char* iptc, int keywordLength,

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "base/result.h"
+#include "LumenforgeMetaLib.h"
 #include "base/zeroed.h"
 
 namespace lumenforge {
-
 namespace {
 
 const uint8_t* rowAt(const PixelRows& rows, uint64_t row) {
@@ -41,7 +40,7 @@ void gatherBlock(const PixelRows& rows, uint64_t firstRow, uint64_t rowCount, ui
 int writePixelBlocks(std::FILE* file, const PixelRows& rows) {
   const uint64_t rowsPerBlock = std::min(rows.rowsPerBlock, rows.height);
   const ZeroedBuffer block = allocateZeroed(rowsPerBlock * rows.writtenRowSize());
-  if (block == nullptr) return kNoMemory;
+  if (block == nullptr) return LUMENFORGE_NO_MEMORY;
   const bool straight = blocksStandInMemory(rows, rowsPerBlock);
   uint64_t rowCount = 0;
   for (uint64_t row = 0; row < rows.height; row += rowCount) {
@@ -49,7 +48,7 @@ int writePixelBlocks(std::FILE* file, const PixelRows& rows) {
     if (!straight) gatherBlock(rows, row, rowCount, block.get());
     const uint8_t* bytes = straight ? rowAt(rows, row) : block.get();
     if (std::fwrite(bytes, rows.writtenRowSize(), rowCount, file) != rowCount) {
-      return kPixelsNotWritten;
+      return LUMENFORGE_PIXELS_NOT_WRITTEN;
     }
   }
   return static_cast<int>(rowCount);

@@ -23,11 +23,9 @@ struct PixelRows {
   uint64_t writtenRowSize() const { return width * packing.unitsPerPixel * packing.keptCount; }
 };
 
-inline constexpr int kPixelsNotWritten = -3;
-
-// Returns the number of rows of the last block, 0 when there are no rows, kPixelsNotWritten or
-// kNoMemory. Memory for a block is had first, also where the rows go out straight from where they
-// stand: what a call needs does not depend on that, and memory that is not touched costs nothing.
+// Returns the number of rows of the last block, 0 when there are no rows, or a failure of buf2tif.
+// Memory for a block is had first, also where the rows go out straight from where they stand: what
+// a call needs does not depend on that.
 int writePixelBlocks(std::FILE* file, const PixelRows& rows);
 
 }  // namespace lumenforge

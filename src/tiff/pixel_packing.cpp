@@ -3,7 +3,6 @@
 #include <tmmintrin.h>
 
 namespace lumenforge {
-
 namespace {
 
 constexpr std::size_t kVectorSize = 16;

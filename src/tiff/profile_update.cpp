@@ -15,13 +15,9 @@
 #include "reading/tag_lookup.h"
 
 namespace lumenforge {
-
 namespace {
 
-// Results beside the new profile's size.
-constexpr int kNoProfileEntry = 0;
-constexpr int kNotBegun = -1;      // arguments, a file that cannot be opened, another entry by now
-constexpr int kCannotUpdate = -2;  // what had been done is taken back
+constexpr int kNotBegun = -1;  // arguments, a file that cannot be opened, another entry by now
 
 constexpr int kProfileTag = static_cast<int>(Tag::iccProfile);
 
@@ -55,7 +51,7 @@ int replaceProfile(File append, std::FILE* update, const DirectoryEntry& entry, 
   }
   if (repointed) return static_cast<int>(size);
   [[maybe_unused]] const int cut = ftruncate(fileno(update), static_cast<off_t>(end));
-  return kCannotUpdate;
+  return LUMENFORGE_PROFILE_NOT_UPDATED;
 }
 
 // Written with no file open: where the host has closed its standard error, a file that is opened
@@ -70,7 +66,7 @@ int updateProfile(const char* path, const DirectoryEntry& entry, uint64_t end,
                   std::span<const uint8_t> profile) {
   File update = openUnbuffered(path, "rb+");
   if (update == nullptr) return failToOpen("update");
-  if (!seekTo(update.get(), entry.offset)) return kCannotUpdate;
+  if (!seekTo(update.get(), entry.offset)) return LUMENFORGE_PROFILE_NOT_UPDATED;
   std::array<uint8_t, 2> tag;
   if (std::fread(tag.data(), tag.size(), 1, update.get()) != 1 ||
       load16(tag.data(), ByteOrder::little) != kProfileTag) {
@@ -85,7 +81,6 @@ int updateProfile(const char* path, const DirectoryEntry& entry, uint64_t end,
 }
 
 }  // namespace
-
 }  // namespace lumenforge
 
 int update_tif_profile(int size, const unsigned char* profile, const char* path) {
@@ -100,8 +95,9 @@ int update_tif_profile(int size, const unsigned char* profile, const char* path)
     found = findTag(window, 0, kProfileTag);
     end = file.size();
   }
-  if (found.failure != 0) return kNoProfileEntry;
+  if (found.failure != 0) return LUMENFORGE_NO_PROFILE_ENTRY;
   const auto newSize = static_cast<uint32_t>(size);
-  if (!end || *end > std::numeric_limits<uint32_t>::max() - newSize) return kCannotUpdate;
+  if (!end || *end > std::numeric_limits<uint32_t>::max() - newSize)
+    return LUMENFORGE_PROFILE_NOT_UPDATED;
   return updateProfile(path, found.entry, *end, {profile, newSize});
 }

@@ -12,7 +12,6 @@
 
 #include "LumenforgeMetaLib.h"
 #include "base/file.h"
-#include "base/result.h"
 #include "base/zeroed.h"
 #include "tiff/directory_writer.h"
 #include "tiff/exif_block.h"
@@ -20,18 +19,13 @@
 #include "tiff/xmp_choice.h"
 
 namespace lumenforge {
-
 namespace {
 
 constexpr int kCannotCreate = -1;
 constexpr int kNoDirectoryMemory = -1;
-constexpr int kHeaderNotWritten = -2;
-constexpr int kUnsupportedDescription = -6;
-constexpr int kDirectoryNotWritten = -12;
 
 constexpr uint64_t kBlockSize = 1048576;
 constexpr uint64_t kLargestFile = std::numeric_limits<uint32_t>::max();
-constexpr int32_t kHalfFloat = 3216;
 constexpr char kSoftware[] = "Lumenforge Merge To 32-bit HDR";
 
 struct ImageLayout {
@@ -61,7 +55,7 @@ struct Metadata {
 
 bool isSupported(const TifImageInfo& info) {
   const bool isDepth = info.bitsPerSample == 8 || info.bitsPerSample == 16 ||
-                       info.bitsPerSample == 32 || info.bitsPerSample == kHalfFloat;
+                       info.bitsPerSample == 32 || info.bitsPerSample == LUMENFORGE_HALF_FLOAT;
   const bool isConversion =
       info.conversion == 0 || (info.conversion == 1 && info.bitsPerSample == 8);
   return isDepth && isConversion && info.channels >= 1 && info.channels <= 4 && info.width >= 1;
@@ -72,9 +66,10 @@ ImageLayout layoutOf(const TifImageInfo& info) {
   image.width = static_cast<uint32_t>(info.width);
   image.height = static_cast<uint32_t>(std::max(info.height, 0));
   image.samples = info.channels <= 2 ? 1 : 3;
-  image.bits =
-      info.bitsPerSample == kHalfFloat ? uint16_t{16} : static_cast<uint16_t>(info.bitsPerSample);
-  image.isFloat = info.bitsPerSample == 32 || info.bitsPerSample == kHalfFloat;
+  image.bits = info.bitsPerSample == LUMENFORGE_HALF_FLOAT
+                   ? uint16_t{16}
+                   : static_cast<uint16_t>(info.bitsPerSample);
+  image.isFloat = info.bitsPerSample == 32 || info.bitsPerSample == LUMENFORGE_HALF_FLOAT;
   image.resolution = static_cast<uint32_t>(info.resolution);
   image.orientation = orientationCode(info.orientation);
   return image;
@@ -207,7 +202,7 @@ int writeFile(File file, const PixelRows& rows, const DirectoryPlan& plan, const
               const Metadata& metadata) {
   std::array<uint8_t, kTiffHeaderSize> header{};
   putTiffHeader({header, 0}, plan.offset);
-  if (!writeWhole(file.get(), header)) return kHeaderNotWritten;
+  if (!writeWhole(file.get(), header)) return LUMENFORGE_HEADER_NOT_WRITTEN;
 
   const int lastBlockRows = writePixelBlocks(file.get(), rows);
   if (lastBlockRows < 0) return lastBlockRows;
@@ -216,12 +211,11 @@ int writeFile(File file, const PixelRows& rows, const DirectoryPlan& plan, const
   if (memory == nullptr) return kNoDirectoryMemory;
   const std::span<uint8_t> bytes(memory.get(), plan.size);
   writeDirectory({bytes, plan.offset}, plan.entryCount, image, metadata);
-  if (!writeWhole(file.get(), bytes)) return kDirectoryNotWritten;
-  return std::fclose(file.release()) == 0 ? lastBlockRows : kDirectoryNotWritten;
+  if (!writeWhole(file.get(), bytes)) return LUMENFORGE_DIRECTORY_NOT_WRITTEN;
+  return std::fclose(file.release()) == 0 ? lastBlockRows : LUMENFORGE_DIRECTORY_NOT_WRITTEN;
 }
 
 }  // namespace
-
 }  // namespace lumenforge
 
 int buf2tif(const void* pixels, const TifImageInfo* info, int stride,
@@ -229,7 +223,7 @@ int buf2tif(const void* pixels, const TifImageInfo* info, int stride,
             int iptcLength, const unsigned char* iptc, int method, const float* settings,
             int xmpLength, const unsigned char* xmp, const char* path) {
   using namespace lumenforge;
-  if (!isSupported(*info)) return kUnsupportedDescription;
+  if (!isSupported(*info)) return LUMENFORGE_UNSUPPORTED_IMAGE;
   const ImageLayout image = layoutOf(*info);
 
   Metadata metadata;
@@ -243,7 +237,7 @@ int buf2tif(const void* pixels, const TifImageInfo* info, int stride,
   metadata.xmp = chooseXmp(metadata.xmpRequest);
 
   const std::optional<DirectoryPlan> plan = planDirectory(image, metadata);
-  if (!plan) return kUnsupportedDescription;
+  if (!plan) return LUMENFORGE_UNSUPPORTED_IMAGE;
   File file = openUnbuffered(path, "wb");
   if (file == nullptr) {
     std::fprintf(stderr, "Could not open for writing file:  %s\n", path);

@@ -7,7 +7,6 @@
 #include "settings/packet.h"
 
 namespace lumenforge {
-
 namespace {
 
 // The bytes of the packet that go into the file when it is written as it stands: those before its
