@@ -16,10 +16,10 @@ void fuzz::check(std::string input) {
     if (!report) return;
     requireTexts(report->record.info);
     std::string line;
-    appendJson(line, allFields(), {path, &*report, {}});
+    ReportLine(ReportLine::Format::json, allFields()).append(line, {path, &*report, {}});
     require(line.find('\n') == line.size() - 1 && Json::parse(line)["file"] == path);
     std::string row;
-    appendCsv(row, allFields(), {path, &*report, {}});
+    ReportLine(ReportLine::Format::csv, allFields()).append(row, {path, &*report, {}});
     require(row.find('\n') == row.size() - 1 && printable(row.substr(0, row.size() - 1)) + "\n" == row);
     std::string text = describeForPerson(path, *report);
     std::erase(text, '\n');

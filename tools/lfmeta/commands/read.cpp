@@ -55,14 +55,14 @@ struct Outcome {
 class Reading {
  public:
   explicit Reading(const Options& options)
-      : options_(options), list_(options.files), fields_(chosenFields(options)) {
+      : options_(options), list_(options.files), line_(formatOf(options), chosenFields(options)) {
     if (!options.thumbnails.empty()) thumbnails_.emplace(options.thumbnails);
   }
 
   int run() {
     if (options_.csv) {
       std::string header;
-      appendCsvHeader(header, fields_);
+      appendCsvHeader(header, chosenFields(options_));
       output_.add(header);
     }
     const auto next = [this] { return nextFiles(); };
@@ -74,6 +74,10 @@ class Reading {
   }
 
  private:
+  static ReportLine::Format formatOf(const Options& options) {
+    return options.csv ? ReportLine::Format::csv : ReportLine::Format::json;
+  }
+
   static Fields chosenFields(const Options& options) {
     Fields fields;
     for (const std::string& name : options.fields) {
@@ -81,7 +85,7 @@ class Reading {
     }
     if (options.fields.empty()) fields = allFields();
     if (options.errorsAsJson) fields.push_back(errorField());
-    return options.csv ? fields : groupedForJson(fields);
+    return fields;
   }
 
   std::optional<Files> nextFiles() {
@@ -138,16 +142,14 @@ class Reading {
     if (report != nullptr) {
       describe(outcome.text, {path, report, message});
     } else if (options_.errorsAsJson) {
-      appendJson(outcome.text, errorFields(), {path, nullptr, message});
+      errorLine_.append(outcome.text, {path, nullptr, message});
     }
     if (!options_.errorsAsJson) outcome.failures.push_back({path, message, outcome.text.size()});
   }
 
   void describe(std::string& out, const FileReport& file) const {
-    if (options_.json) {
-      appendJson(out, fields_, file);
-    } else if (options_.csv) {
-      appendCsv(out, fields_, file);
+    if (options_.json || options_.csv) {
+      line_.append(out, file);
     } else {
       out += describeForPerson(file.path, *file.report);
     }
@@ -171,7 +173,8 @@ class Reading {
 
   const Options& options_;
   FileList list_;
-  Fields fields_;
+  ReportLine line_;
+  ReportLine errorLine_{ReportLine::Format::json, errorFields()};
   std::optional<ThumbnailFolder> thumbnails_;
   LineOutput output_;
   Progress progress_;

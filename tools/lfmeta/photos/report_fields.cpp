@@ -77,18 +77,23 @@ class Value {
 
 // What the fields are taken from, with what several of them need.
 struct Source {
+  explicit Source(const FileReport& of) : file(of) {
+    GpsBuf gps;
+    exportRecords(info, exported, gps);
+  }
+
+  static const PhotoReport& reportOf(const FileReport& file) {
+    static const PhotoReport nothing;
+    return file.report == nullptr ? nothing : *file.report;
+  }
+
   const FileReport& file;
-  const PhotoReport& report;
+  const PhotoReport& report = reportOf(file);
   const ExifInfo& info = report.record.info;
   const ExifTags& tags = report.tags;
+  const Position position = positionOf(info);
+  MetadataBuf exported{};
 };
-
-MetadataBuf exported(const ExifInfo& info) {
-  MetadataBuf meta;
-  GpsBuf gps;
-  exportRecords(info, meta, gps);
-  return meta;
-}
 
 std::string_view letter(const char& c) {
   return {&c, c == '\0' ? 0U : 1U};
@@ -167,25 +172,19 @@ constexpr Field kFields[] = {
     {"", "method", [](Value& out, const Source& from) { out.positive(from.report.method); }},
     // The fractions as the host keeps them.
     {"MetadataBuf", "exposureTime",
-     [](Value& out, const Source& from) {
-       out.fractions<int32_t>(exported(from.info).exposureTime);
-     }},
+     [](Value& out, const Source& from) { out.fractions<int32_t>(from.exported.exposureTime); }},
     {"MetadataBuf", "fNumber",
-     [](Value& out, const Source& from) { out.fractions<int32_t>(exported(from.info).fNumber); }},
+     [](Value& out, const Source& from) { out.fractions<int32_t>(from.exported.fNumber); }},
     {"MetadataBuf", "focalLength",
-     [](Value& out, const Source& from) {
-       out.fractions<int32_t>(exported(from.info).focalLength);
-     }},
+     [](Value& out, const Source& from) { out.fractions<int32_t>(from.exported.focalLength); }},
     {"MetadataBuf", "focalPlaneXResolution",
      [](Value& out, const Source& from) {
-       out.fractions<int32_t>(exported(from.info).focalPlaneXResolution);
+       out.fractions<int32_t>(from.exported.focalPlaneXResolution);
      }},
-    {"gps", "latitude",
-     [](Value& out, const Source& from) { out.number(positionOf(from.info).latitude); }},
+    {"gps", "latitude", [](Value& out, const Source& from) { out.number(from.position.latitude); }},
     {"gps", "longitude",
-     [](Value& out, const Source& from) { out.number(positionOf(from.info).longitude); }},
-    {"gps", "altitude",
-     [](Value& out, const Source& from) { out.number(positionOf(from.info).altitude); }},
+     [](Value& out, const Source& from) { out.number(from.position.longitude); }},
+    {"gps", "altitude", [](Value& out, const Source& from) { out.number(from.position.altitude); }},
     {"gps", "gpsLatitudeRef",
      [](Value& out, const Source& from) { out.text(letter(from.info.gpsLatitudeRef)); }},
     {"gps", "gpsLatitude",
@@ -213,9 +212,17 @@ std::string nameOf(const Field& field) {
   return name.append(field.name);
 }
 
-void write(const Field& field, Value& value, const FileReport& file) {
-  static const PhotoReport nothing;
-  field.write(value, {file, file.report == nullptr ? nothing : *file.report});
+// Each field once, those of a group together.
+Fields grouped(const Fields& fields) {
+  Fields grouped;
+  for (const Field* field : fields) {
+    if (std::find(grouped.begin(), grouped.end(), field) != grouped.end()) continue;
+    const auto last = std::find_if(grouped.rbegin(), grouped.rend(), [&](const Field* before) {
+      return !field->group.empty() && before->group == field->group;
+    });
+    grouped.insert(last == grouped.rend() ? grouped.end() : last.base(), field);
+  }
+  return grouped;
 }
 
 }  // namespace
@@ -250,49 +257,39 @@ std::string fieldNames() {
   return names;
 }
 
-Fields groupedForJson(const Fields& fields) {
-  Fields grouped;
-  for (const Field* field : fields) {
-    if (std::find(grouped.begin(), grouped.end(), field) != grouped.end()) continue;
-    const auto last = std::find_if(grouped.rbegin(), grouped.rend(), [&](const Field* before) {
-      return !field->group.empty() && before->group == field->group;
-    });
-    grouped.insert(last == grouped.rend() ? grouped.end() : last.base(), field);
+ReportLine::ReportLine(Format format, const Fields& fields) : format_(format), end_("\n") {
+  if (format == Format::csv) {
+    for (const Field* field : fields) places_.push_back({places_.empty() ? "" : ",", field});
+    return;
   }
-  return grouped;
-}
-
-void appendJson(std::string& out, const Fields& fields, const FileReport& file) {
-  Value value(out, true);
   std::string_view group;
-  char before = '{';
-  for (const Field* field : fields) {
-    if (field->group != group && !group.empty()) out += '}';
-    out += before;
-    before = ',';
+  for (const Field* field : grouped(fields)) {
+    std::string before;
+    if (field->group != group && !group.empty()) before += '}';
+    before += places_.empty() ? '{' : ',';
     if (field->group != group && !field->group.empty()) {
-      out.append(1, '"').append(field->group).append("\":{");
+      before.append("\"").append(field->group).append("\":{");
     }
     group = field->group;
-    out.append(1, '"').append(field->name).append("\":");
-    write(*field, value, file);
+    before.append("\"").append(field->name).append("\":");
+    places_.push_back({std::move(before), field});
   }
-  out += group.empty() ? "}\n" : "}}\n";
+  end_ = group.empty() ? "}\n" : "}}\n";
 }
 
-void appendCsv(std::string& out, const Fields& fields, const FileReport& file) {
-  Value value(out, false);
-  for (const Field* field : fields) {
-    if (field != fields.front()) out += ',';
-    write(*field, value, file);
+void ReportLine::append(std::string& out, const FileReport& file) const {
+  const Source source(file);
+  Value value(out, format_ == Format::json);
+  for (const auto& [before, field] : places_) {
+    out += before;
+    field->write(value, source);
   }
-  out += '\n';
+  out += end_;
 }
 
 void appendCsvHeader(std::string& out, const Fields& fields) {
-  for (const Field* field : fields) {
-    if (field != fields.front()) out += ',';
-    out += nameOf(*field);
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    out.append(i == 0 ? "" : ",").append(nameOf(*fields[i]));
   }
   out += '\n';
 }

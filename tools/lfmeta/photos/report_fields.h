@@ -30,11 +30,27 @@ const Field* errorField();
 Fields findFields(std::string_view name);
 std::string fieldNames();  // for a person
 
-// One line each, with its line feed. In JSON the fields of a group stand in an object of their own
-// where the first of them is named.
-Fields groupedForJson(const Fields& fields);
-void appendJson(std::string& out, const Fields& fields, const FileReport& file);
-void appendCsv(std::string& out, const Fields& fields, const FileReport& file);
 void appendCsvHeader(std::string& out, const Fields& fields);
+
+// What is written of each file, with its line feed: the fields' values between texts that are the
+// same for all files. In JSON each field stands once, and those of a group in an object of their
+// own where the first of them is named.
+class ReportLine {
+ public:
+  enum class Format { json, csv };
+  ReportLine(Format format, const Fields& fields);
+
+  void append(std::string& out, const FileReport& file) const;
+
+ private:
+  struct Place {
+    std::string before;
+    const Field* field;
+  };
+
+  Format format_;
+  std::vector<Place> places_;
+  std::string end_;
+};
 
 }  // namespace lfmeta
