@@ -273,8 +273,9 @@ MetadataBuf.focalPlaneXResolution
 
     def test_gives_rows_that_a_spreadsheet_reads(self):
         odd = self.file('a,"b".jpg', jpeg(app1(tiff({0x110: "M\n2..."}, {0x829A: (30, 1)}))))
-        self.assertEqual(run(LFMETA, "read", "--csv", odd, "--fields", "file,model,exposureTime,exposureText,gps.altitude"),
-                         (0, b'file,model,exposureTime,exposureText,gps.altitude\n"%s",M\\x0a,30,30,\n'
+        self.assertEqual(run(LFMETA, "read", "--csv", odd, "--fields",
+                             "exposureTime,file,model,exposureTime,exposureText,gps.altitude"),
+                         (0, b'exposureTime,file,model,exposureTime,exposureText,gps.altitude\n30,"%s",M\\x0a,30,30,\n'
                           % os.fsencode(odd).replace(b'"', b'""'), ""))
 
     def test_output_lines_stay_whole_in_one_pipe(self):
