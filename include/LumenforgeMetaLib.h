@@ -51,10 +51,10 @@ extern "C" {
  * Negative results, by number: what they mean, and where.
  *
  *    -1  cannot be opened or read, or ends too soon: getExifData, read_iptc, extract_xmp, read_xmp,
- *        parse_image_description, get_tif_tag (or has no such tag); cannot be opened or created:
- *        write_xmp, buf2tif (or no memory for the directory), update_tif_profile (or no size);
- *        nothing that is asked for: time_from_datetime, get_profile_name, write_exif_buf; a block
- *        without room for more, or damaged: insert_xmp, add_iptc_keyword
+ *        parse_image_description (or no memory), get_tif_tag (or has no such tag); cannot be opened
+ *        or created: write_xmp, buf2tif (or no memory for the directory), update_tif_profile (or no
+ *        size); nothing that is asked for: time_from_datetime, get_profile_name, write_exif_buf; a
+ *        block without room for more, or damaged: insert_xmp, add_iptc_keyword
  *    -2  wrong signature or byte order: getExifData, read_iptc, get_tif_tag; too few bytes:
  *        read_xmp; a method without a name: write_xmp; a keyword that is too long:
  *        add_iptc_keyword; cannot be written: buf2tif (the header), update_tif_profile
@@ -149,7 +149,7 @@ typedef struct ExifInfo {
   uint32_t thumbRowBytes;            /* Photoshop thumbnail: the resource's width in bytes */
   uint32_t thumbLength;              /* bytes of the thumbnail's JPEG stream */
   uint32_t thumbOffset;              /* position of that stream */
-  uint32_t orientation;              /* TIFF orientation code, 1 to 8 */
+  uint32_t orientation;              /* TIFF orientation code, 1 to 8, as stored */
   uint32_t iptcLength;               /* bytes of the IPTC-NAA block */
   uint32_t iptcOffset;               /* its position, as the file gives it */
   char gpsLatitudeRef;               /* 'N' or 'S' as stored */
@@ -367,7 +367,8 @@ LUMENFORGE_API int parse_gps_data(FILE* f, int count, int byteOrder, int base, E
 
 /*
  * Scans a block of Photoshop image resources for the IPTC-NAA resource (0x0404, only with an empty
- * name) and the thumbnail resource (0x040C), and records their places in `info`.
+ * name) and the thumbnail resource (0x040C), and records their places in `info`. They may begin at
+ * any byte, in another resource's data, too; of several of a kind the last one counts.
  *
  * `f`: a seekable stream at the block's first byte; its position afterwards is undefined.
  * `length`: bytes to scan; a block that the file cuts short is scanned as far as it goes.
@@ -398,9 +399,9 @@ LUMENFORGE_API int read_iptc(const char* path, int length, int offset, unsigned 
  *
  * Writes at most three fields of `info`, and only when all three channels were found: iso, 200
  * times the integer part of 2^(m / 30), m halfway between the smallest and the largest channel
- * value; exposureTime, when the exposure time has a denominator of 1 or more; valueSource (2), when
- * besides its numerator and the last channel value lie in 1 to 99,998. An ISO speed that exceeds
- * 32 bits becomes 4,294,967,200.
+ * value, rounded down; exposureTime, when the exposure time has a denominator of 1 or more;
+ * valueSource (2), when besides its numerator and the last channel value lie in 1 to 99,998. An ISO
+ * speed that exceeds 32 bits becomes 4,294,967,200.
  *
  * Of a number with a full stop only the digits after the last one count in the exposure time, those
  * before the first in a channel value. Characters are taken for digits unchecked (their code, 0 to
