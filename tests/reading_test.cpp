@@ -181,7 +181,7 @@ TEST(PhotoshopBlock, FindsResourcesAtEveryPosition) {
   EXPECT_EQ(parsed(iptc + far, 0, parse_photoshop_data, 2000), "1 iptc=3 iptcAt=12");
   // The last place that 32 bits hold, and one beyond it.
   TempFile file(kTiff.file(kTiff.entries("8649=7#99@FFFFFFF3")));
-  std::ofstream(file.path(), std::ios::binary | std::ios::in).seekp(0xFFFFFFF3) << iptc + thumb;
+  std::ofstream(file.path(), std::ios::binary | std::ios::in).seekp(0xFFFFFFF3) << iptc + iptc + thumb;
   EXPECT_EQ(outcomeOf([&](ExifInfo* info) { return getExifData(file.path(), 0, info); }), "1 iptc=3 iptcAt=4294967295");
 }
 
@@ -292,9 +292,14 @@ TEST(Directories, EndAfterThreeOrAfterOneOf255Entries) {
   EXPECT_EQ(orientationOf(256), "1 orientation=3");
   EXPECT_EQ(readFile(kTiff.header(0), 0), "1");
   // Photoshop resources count in files of type 0 only.
-  const std::string block = kTiff.file(kTiff.entries("8649=7#15@1A")) + resource(0x404, "\x1C\2");
-  EXPECT_EQ(readFile(block, 0), "1 iptc=2 iptcAt=38");
-  EXPECT_EQ(readFile(block, 3), "1");
+  const auto block = [](const char* length) {
+    return kTiff.file(kTiff.entries(told("8649=7#", length, "@1A"))) + resource(0x404, "\x1C\2");
+  };
+  EXPECT_EQ(readFile(block("15"), 0), "1 iptc=2 iptcAt=38");
+  EXPECT_EQ(readFile(block("15"), 3), "1");
+  EXPECT_EQ(readFile(block("2147483648"), 0), "1");
+  // What cannot be read at all has no signature to be wrong.
+  EXPECT_EQ(outcomeOf([](ExifInfo* info) { return getExifData("/", 0, info); }), "-1");
 }
 
 TEST(Jpeg, EndsEachPassInItsOwnWay) {
@@ -326,7 +331,7 @@ TEST(Jpeg, EndsEachPassInItsOwnWay) {
                     {"1" + iptc + " lens=Zoom", {exif + foreign + block + kEoi}},
                     // The second pass: no fill bytes, no code without FF.
                     {"-1" + packetAt(53 + 3), {four.substr(1) + exif + xmp + kEoi}},
-                    {"-1", {exif + four + xmp + kEoi}},
+                    {"-1", {exif + four + "\xFF\0\2"s + xmp + kEoi}},
                     {"-1" + packetAt(53) + " said=invalid marker\n", {exif + xmp + "\xFF\xED\0\1"s}},
                     {"-10" + packetAt(53 - 1), {exif.substr(1) + xmp + kEoi}},
                     {"-10", {exif + xmpSegment("<x/>")}},
