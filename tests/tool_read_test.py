@@ -245,7 +245,7 @@ class ToolRead(unittest.TestCase):
         self.assertEqual((status, told), (1, [{"iso": 100}] * 2))
         self.assertEqual(err.count("\n"), 2)
         for more in [{"input": PHOTO.read_bytes()}, {"stdin": self.enterContext(PHOTO.open("rb"))}]:
-            status, out, err = run(LFMETA, "read", "-", "--csv", "--fields", "file,gps.latitude,model,MetadataBuf", **more)
+            status, out, err = run(LFMETA, "read", "--csv", "--fields", "file,gps.latitude,model,MetadataBuf", "-", **more)
             self.assertEqual((status, out.decode(), err), (0, """\
 file,gps.latitude,model,MetadataBuf.exposureTime,MetadataBuf.fNumber,MetadataBuf.focalLength,\
 MetadataBuf.focalPlaneXResolution

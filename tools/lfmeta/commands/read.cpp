@@ -221,6 +221,7 @@ void addReadCommand(CLI::App& app, Run& chosen) {
       ->add_option("--fields", options->fields,
                    "Only these fields, in this order (--json and --csv)")
       ->delimiter(',')
+      ->allow_extra_args(false)
       ->type_name("A,B,...")
       ->check(fieldName());
   command
