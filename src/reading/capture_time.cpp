@@ -19,7 +19,7 @@ void skipBlanks(std::string_view& text) {
 // A decimal integer as C's "%d" reads it; none also where it does not fit an int.
 std::optional<int> takeInteger(std::string_view& text) {
   skipBlanks(text);
-  if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
+  if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
   int number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error != std::errc()) return std::nullopt;

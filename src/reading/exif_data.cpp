@@ -33,8 +33,8 @@ Outcome readFile(const char* path, int fileType, ExifInfo& info) {
   Window window(file, isJpeg ? Window::Start::metadata : Window::Start::header);
   Reading reading{window, info, fileType};
   const int result = readContainer(reading);
-  const bool isWhole = !file.failed() && (result != LUMENFORGE_OK || !reading.damaged);
-  return {isWhole ? result : LUMENFORGE_CANNOT_READ, reading.message};
+  const bool isUnreadable = file.failed() || (result == LUMENFORGE_OK && reading.damaged);
+  return {isUnreadable ? LUMENFORGE_CANNOT_READ : result, reading.message};
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The lens of a packet: aux:Lens as an element or as an attribute in double quotes.
+// The lens of a packet: aux:Lens as an element, or as an attribute that a double quote closes.
 #include <algorithm>
 
 #include "settings/packet.h"
