@@ -84,7 +84,7 @@ std::string unknownWord(const CLI::App& app, const std::string& word) {
 // What no command along the road has taken.
 std::vector<std::string> wordsLeft(const CLI::App& command) {
   for (const CLI::App* app = &command; app != nullptr; app = app->get_parent()) {
-    const std::vector<std::string> words = app->remaining();
+    std::vector<std::string> words = app->remaining();
     if (!words.empty()) return words;
   }
   return {};

@@ -71,7 +71,7 @@ std::string bashValues(const CommandDescription& command, const std::string& roa
     if (option.value.empty()) continue;
     std::string patterns;
     for (const std::string& name : option.names) {
-      patterns += (patterns.empty() ? "" : " | ") + inQuotes(road + " " + name);
+      patterns.append(patterns.empty() ? "" : " | ").append(inQuotes(road + " " + name));
     }
     const Completion completion = completionOf(option.value);
     branches += branch(patterns, completion == Completion::words

@@ -44,10 +44,11 @@ void addEntries(std::string& out, const char* title, const std::vector<Entry>& e
   out.append("\n").append(title).append(":\n");
   for (const auto& [name, text] : entries) {
     out.append("  ").append(name);
-    if (name.size() > width)
+    if (name.size() > width) {
       out.append("\n  ").append(width, ' ');
-    else
+    } else {
       out.append(width - name.size(), ' ');
+    }
     out.append("  ");
     addWrapped(out, text, width + 4);
   }
@@ -55,6 +56,7 @@ void addEntries(std::string& out, const char* title, const std::vector<Entry>& e
 
 std::vector<Entry> entriesOf(const std::vector<OptionDescription>& options) {
   std::vector<Entry> entries;
+  entries.reserve(options.size());
   for (const OptionDescription& option : options) {
     entries.emplace_back(option.nameList(), option.text);
   }

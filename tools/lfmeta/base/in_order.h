@@ -13,18 +13,17 @@
 
 namespace lfmeta {
 
-// `next()` gives the next unit, if there is one; `take(result)` has its result. Neither is called
-// by two threads at a time. `work(unit)` is. No thread waits for another but one that is far ahead,
-// so that the results held stay few. What any of them throws ends the work and is thrown on.
 template <typename Next, typename Work, typename Take>
 class InOrder {
  public:
   InOrder(unsigned jobs, const Next& next, const Work& work, const Take& take)
-      : next_(next), work_(work), take_(take), results_(kUnitsAThread * (jobs + 1)) {
+      : jobs_(jobs), next_(next), work_(work), take_(take), results_(kUnitsAThread * (jobs + 1)) {}
+
+  void run() {
     {
       std::vector<std::jthread> helpers;
       try {
-        while (helpers.size() + 1 < jobs) helpers.emplace_back([this] { workOn(); });
+        while (helpers.size() + 1 < jobs_) helpers.emplace_back([this] { workOn(); });
       } catch (const std::system_error&) {
         // No more threads are to be had; those that there are do the work.
       }
@@ -81,6 +80,7 @@ class InOrder {
     taking_ = false;
   }
 
+  unsigned jobs_;
   const Next& next_;
   const Work& work_;
   const Take& take_;
@@ -96,5 +96,13 @@ class InOrder {
   bool taking_ = false;
   std::exception_ptr failure_;
 };
+
+// `next()` gives the next unit, if there is one; `take(result)` has its result. Neither is called
+// by two threads at a time. `work(unit)` is. No thread waits for another but one that is far ahead,
+// so that the results held stay few. What any of them throws ends the work and is thrown on.
+template <typename Next, typename Work, typename Take>
+void workInOrder(unsigned jobs, const Next& next, const Work& work, const Take& take) {
+  InOrder<Next, Work, Take>(jobs, next, work, take).run();
+}
 
 }  // namespace lfmeta

@@ -79,7 +79,7 @@ Found readShots(const Options& options) {
     }
     progress.add(files);
   };
-  InOrder(options.jobs, next, work, take);
+  workInOrder(options.jobs, next, work, take);
   return all;
 }
 

@@ -68,7 +68,7 @@ class Reading {
     const auto next = [this] { return nextFiles(); };
     const auto work = [this](const Files& files) { return readFiles(files); };
     const auto take = [this](const Outcome& outcome) { show(outcome); };
-    InOrder(options_.jobs, next, work, take);
+    workInOrder(options_.jobs, next, work, take);
     output_.flush();
     return status_;
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <utility>
 
 #include "base/failure.h"
 #include "photos/tiff_rewrite.h"
@@ -81,7 +82,7 @@ std::string plainDescription(std::span<const unsigned char> tag) {
   if (tag.size() < 12) return {};
   const uint64_t size = numberAt(tag, 8);
   const auto ascii = within(tag, 12, size);
-  const std::string text(ascii.begin(), std::find(ascii.begin(), ascii.end(), 0));
+  std::string text(ascii.begin(), std::find(ascii.begin(), ascii.end(), 0));
   const auto counts = within(tag, 12 + size, 8);
   if (!text.empty() || counts.empty()) return text;
   return utf8Of(within(tag, 20 + size, uint64_t{numberAt(counts, 4)} * 2));
@@ -96,9 +97,9 @@ std::string localizedDescription(std::span<const unsigned char> tag) {
   for (uint64_t i = 0; i < std::min(numberAt(tag, 8), kMostRecords); ++i) {
     const auto record = within(tag, 16 + i * kRecordSize, kRecordSize);
     if (record.empty()) break;
-    const std::string text = utf8Of(within(tag, numberAt(record, 8), numberAt(record, 4)));
+    std::string text = utf8Of(within(tag, numberAt(record, 8), numberAt(record, 4)));
     if (record[0] == 'e' && record[1] == 'n' && !text.empty()) return text;
-    if (first.empty()) first = text;
+    if (first.empty()) first = std::move(text);
   }
   return first;
 }
