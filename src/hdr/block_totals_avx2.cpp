@@ -13,7 +13,9 @@ namespace {
 struct Lanes {
   __m256i smallest;  // less 1, so that 0 becomes the largest number
   __m256i largest;
-  __m256i sum;  // 64-bit
+  // Sums modulo 2^64 of words of two 32-bit integers, and of what their upper halves hold.
+  __m256i words;
+  __m256i uppers;
 };
 
 [[gnu::target("avx2")]] inline __m256i load(const uint8_t* bytes) {
@@ -44,19 +46,21 @@ struct Lanes {
   addExtremes(even, lanes);
   addExtremes(odd, lanes);
   const __m256i both = _mm256_add_epi32(even, odd);
-  lanes.sum = _mm256_add_epi64(lanes.sum, _mm256_srli_epi64(both, 32));
-  lanes.sum = _mm256_add_epi64(lanes.sum, _mm256_and_si256(both, _mm256_set1_epi64x(0xFFFFFFFF)));
+  lanes.words = _mm256_add_epi64(lanes.words, both);
+  lanes.uppers = _mm256_add_epi64(lanes.uppers, _mm256_srli_epi64(both, 32));
 }
 
 [[gnu::target("avx2")]] BlockTotals totalsOf(const Lanes& lanes) {
+  const __m256i lowers = _mm256_sub_epi64(lanes.words, _mm256_slli_epi64(lanes.uppers, 32));
+  const __m256i sum = _mm256_add_epi64(lowers, lanes.uppers);
   std::array<uint32_t, 8> smallest;
   std::array<uint32_t, 8> largest;
-  std::array<uint64_t, 4> sum;
+  std::array<uint64_t, 4> sums;
   _mm256_storeu_si256(reinterpret_cast<__m256i*>(smallest.data()), lanes.smallest);
   _mm256_storeu_si256(reinterpret_cast<__m256i*>(largest.data()), lanes.largest);
-  _mm256_storeu_si256(reinterpret_cast<__m256i*>(sum.data()), lanes.sum);
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(sums.data()), sum);
   return {*std::min_element(smallest.begin(), smallest.end()) + 1,
-          *std::max_element(largest.begin(), largest.end()), sum[0] + sum[1] + sum[2] + sum[3]};
+          *std::max_element(largest.begin(), largest.end()), sums[0] + sums[1] + sums[2] + sums[3]};
 }
 
 }  // namespace
@@ -65,7 +69,7 @@ struct Lanes {
                                                     int base) {
   const __m256i zero = _mm256_setzero_si256();
   const __m256i bases = _mm256_set1_epi8(static_cast<char>(base));
-  Lanes lanes = {_mm256_set1_epi32(-1), zero, zero};
+  Lanes lanes = {_mm256_set1_epi32(-1), zero, zero, zero};
   for (std::size_t x = 0; x < count; x += kBlockPixels) {
     const __m256i red = load(pixels.red() + x);
     const __m256i green = load(pixels.green() + x);

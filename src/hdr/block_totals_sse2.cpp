@@ -16,7 +16,9 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 struct Lanes {
   __m128 smallest;
   __m128 largest;
-  __m128i sum;  // 64-bit
+  // Sums modulo 2^64 of words of two 32-bit integers, and of what their upper halves hold.
+  __m128i words;
+  __m128i uppers;
 };
 
 inline __m128i load(const uint8_t* bytes) {
@@ -56,21 +58,23 @@ inline void addPixels(__m128i mantissas, __m128i scales, Lanes& lanes) {
   addExtremes(first, lanes);
   addExtremes(second, lanes);
   const __m128i both = _mm_add_epi32(_mm_cvttps_epi32(first), _mm_cvttps_epi32(second));
-  lanes.sum = _mm_add_epi64(lanes.sum, _mm_srli_epi64(both, 32));
-  lanes.sum = _mm_add_epi64(lanes.sum, _mm_and_si128(both, _mm_set1_epi64x(0xFFFFFFFF)));
+  lanes.words = _mm_add_epi64(lanes.words, both);
+  lanes.uppers = _mm_add_epi64(lanes.uppers, _mm_srli_epi64(both, 32));
 }
 
 BlockTotals totalsOf(const Lanes& lanes) {
+  const __m128i lowers = _mm_sub_epi64(lanes.words, _mm_slli_epi64(lanes.uppers, 32));
+  const __m128i sum = _mm_add_epi64(lowers, lanes.uppers);
   std::array<float, 4> smallest;
   std::array<float, 4> largest;
-  std::array<uint64_t, 2> sum;
+  std::array<uint64_t, 2> sums;
   _mm_storeu_ps(smallest.data(), lanes.smallest);
   _mm_storeu_ps(largest.data(), lanes.largest);
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(sum.data()), lanes.sum);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(sums.data()), sum);
   const float least = *std::min_element(smallest.begin(), smallest.end());
   return {least == kInfinity ? 0 : static_cast<uint32_t>(least),
           static_cast<uint32_t>(*std::max_element(largest.begin(), largest.end())),
-          sum[0] + sum[1]};
+          sums[0] + sums[1]};
 }
 
 }  // namespace
@@ -78,7 +82,7 @@ BlockTotals totalsOf(const Lanes& lanes) {
 BlockTotals blockTotalsSse2(const PixelPlanes& pixels, std::size_t count, int base) {
   const __m128i zero = _mm_setzero_si128();
   const __m128i belowBase = _mm_set1_epi8(static_cast<char>(base - 1));
-  Lanes lanes = {_mm_set1_ps(kInfinity), _mm_setzero_ps(), zero};
+  Lanes lanes = {_mm_set1_ps(kInfinity), _mm_setzero_ps(), zero, zero};
   for (std::size_t x = 0; x < count; x += 16) {
     const __m128i red = load(pixels.red() + x);
     const __m128i green = load(pixels.green() + x);
