@@ -157,13 +157,13 @@ TEST(PhotoshopBlock, FindsResourcesAtEveryPosition) {
   const std::string thumb = resource(0x40C, thumbnail(160, 120, std::string(5000, 'j')));
   const std::string iptc = resource(0x404, "\x1C\x02\x19");
   const std::string found = "5000 width=160 height=120 row=480 thumb=5000 thumbAt=42";
-  const std::string far = std::string(65536 - 3, '8');  // the next signature straddles stretches
+  const std::string far = std::string(65536 - 3, '8');  // twice, and a signature straddles stretches
   expectEach([&](const std::string& block, auto) { return scan(block, static_cast<int>(block.size())); },
              {{found, {thumb, resource(0x40C, thumb.substr(12), "\1x")}},
               {"1 iptc=3 iptcAt=14", {iptc}},
               {found + " iptc=3 iptcAt=5070", {thumb + iptc + iptc}},  // the later one wins
               {"1 iptc=3 iptcAt=27", {resource(0x400, "x" + iptc)}},   // in another one's data
-              {"1 iptc=3 iptcAt=65547", {far + iptc}},
+              {"1 iptc=3 iptcAt=131080", {far + far + iptc}},
               // A name, another resource, seven bytes.
               {"1",
                {resource(0x404, "\x1C\x02\x19", "\1x"), resource(0x404, "", "\0x"s), resource(0x504, "\x1C"),
