@@ -109,7 +109,9 @@ class ToolBrackets(unittest.TestCase):
                 expected[i].append(camera.frame(ev + i / 2, exif=exif))
         for name in expected[0]:  # the same, as another kind of file
             (self.dir / "a" / name).with_suffix(".tif").write_bytes((self.dir / "a" / name).read_bytes())
+            (self.dir / "a" / ("Copy of " + name)).write_bytes((self.dir / "a" / name).read_bytes())
         expected.append([name.replace("jpg", "tif") for name in expected[0]])
+        expected.append(["Copy of " + name for name in expected[0]])
         self.assertEqual(sorted(self.files()), sorted(expected))
 
     def test_says_why_a_set_is_odd(self):
@@ -121,13 +123,16 @@ class ToolBrackets(unittest.TestCase):
         camera.clock += 60
         for ev, aperture, iso in (0, 8, 100), (-2, 11, 100), (2, 8, 400):
             camera.frame(ev, bias=ev, aperture=aperture, iso=iso)
+        camera.clock += 60
+        camera.bracket(0, 1, 2, mode=0, exif={0x9204: (0, 1)})  # a cloud
         sets = self.told()
-        self.assertEqual([one["steps"] for one in sets], [[2, 2], [2, 2], [4], [3, 1], [2.92, 4]])
+        self.assertEqual([one["steps"] for one in sets], [[2, 2], [2, 2], [4], [3, 1], [2.92, 4], [1, 1]])
         self.assertEqual([one["odd"] for one in sets], [
             None, None, ["2 frames, where most sets of this camera have 3"],
             ["its steps are uneven: a frame may be missing, or not belong to it"],
             ["its steps are uneven: a frame may be missing, or not belong to it", "the aperture changes",
-             "the ISO speed changes"]])
+             "the ISO speed changes"],
+            ["each exposure was metered, without a bias: the light may have changed"]])
         lonely = Camera(self.dir / "lonely")
         lonely.bracket(0, 1)
         self.assertEqual(self.told("lonely")[0]["odd"], ["2 frames, an even number"])

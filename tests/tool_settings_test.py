@@ -52,7 +52,10 @@ class ToolSettings(ToolTest):
         self.bad("a set 1 of settings already", "settings insert padded.jpg --method 1 --number 1")
         self.bad("no set 2", "settings edit padded.jpg --number 2 --set Boost=1")
         self.bad("no set 2", "settings show padded.jpg --number 2")
-        self.bad("Lighting, Boost", "settings edit padded.jpg --set Gamma=1", status=2)
+        self.bad("Lighting, Boost", "settings edit padded.jpg big.tif --set Gamma=1", status=2)  # said once
+        self.assertEqual(run(LFMETA, *"settings edit --set Boost=9 padded.jpg in big.tif".split(), cwd=self.dir)[0], 1)
+        for line in self.good("settings show --json padded.jpg big.tif").splitlines():
+            self.assertEqual(json.loads(line)["settings"]["Boost"], 9)
 
     def test_refuses_what_would_harm_a_photograph(self):
         packet = segment(0xE1, XMP + b"<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/"

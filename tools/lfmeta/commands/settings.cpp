@@ -104,16 +104,23 @@ void showOne(const std::string& path, const Options& options) {
   for (const Setting& setting : found.settings) line(setting.element, setting.text);
 }
 
-int runShow(const Options& options) {
+// Each file for itself; a wrong command line is said once.
+template <typename Work>
+int forEachFile(const Options& options, Work work) {
   int status = kSuccess;
   for (const std::string& path : options.files) {
     const int one = runReportingFailure([&] {
-      showOne(path, options);
+      work(path);
       return kSuccess;
     });
     status = std::max(status, one);
+    if (one == kUsageError) break;
   }
   return status;
+}
+
+int runShow(const Options& options) {
+  return forEachFile(options, [&](const std::string& path) { showOne(path, options); });
 }
 
 int runCount(const Options& options) {
@@ -129,13 +136,15 @@ int runWrite(const Options& options) {
 }
 
 int runInsert(const Options& options) {
-  insertSettings(options.files.front(), options.settings, options.number);
-  return kSuccess;
+  return forEachFile(options, [&](const std::string& path) {
+    insertSettings(path, options.settings, options.number);
+  });
 }
 
 int runEdit(const Options& options) {
-  editSettings(options.files.front(), options.settings.assignments, options.number);
-  return kSuccess;
+  return forEachFile(options, [&](const std::string& path) {
+    editSettings(path, options.settings.assignments, options.number);
+  });
 }
 
 int runMethods(const Options& options) {
@@ -168,7 +177,7 @@ int runElements(const Options& options) {
   return kSuccess;
 }
 
-void addFile(CLI::App& action, Options& options, const char* help, bool several = false) {
+void addFile(CLI::App& action, Options& options, const char* help, bool several = true) {
   action.add_option("FILE", options.files, help)
       ->type_name("")
       ->required()
@@ -181,8 +190,9 @@ void addNumber(CLI::App& action, Options& options, const char* help) {
       ->transform(wholeNumber(1, kLastSetNumber));
 }
 
-constexpr const char* kReadFile = "JPEG, TIFF or PSD image, or a file of XMP text";
-constexpr const char* kChangedFile = "JPEG or TIFF image, or a file of XMP text, which is changed";
+constexpr const char* kReadFiles = "JPEG, TIFF or PSD images, or files of XMP text";
+constexpr const char* kChangedFiles =
+    "JPEG or TIFF images, or files of XMP text, which are changed";
 
 }  // namespace
 
@@ -198,7 +208,7 @@ void addSettingsCommand(CLI::App& app, Run& chosen) {
   {
     const auto [action, options] =
         add("show", "Show the method and the settings in images or XMP files", runShow);
-    addFile(action, options, kReadFile, true);
+    addFile(action, options, kReadFiles);
     addNumber(action, options, "Number of the set to show; the first one");
     action.add_flag("--json", options.json, "One JSON object a file");
     action.footer("Values are shown as the library writes them, numbers to one decimal mostly.");
@@ -214,15 +224,14 @@ void addSettingsCommand(CLI::App& app, Run& chosen) {
   }
   {
     const auto [action, options] =
-        add("insert", "Insert one more set of settings into an image or an XMP file", runInsert);
-    addFile(action, options, kChangedFile);
+        add("insert", "Insert one more set of settings into images or XMP files", runInsert);
+    addFile(action, options, kChangedFiles);
     options.settings.addTo(action)->required();
     addNumber(action, options, "Number of the set; one more than the highest");
   }
   {
-    const auto [action, options] =
-        add("edit", "Change settings in an image or an XMP file", runEdit);
-    addFile(action, options, kChangedFile);
+    const auto [action, options] = add("edit", "Change settings in images or XMP files", runEdit);
+    addFile(action, options, kChangedFiles);
     options.settings.addAssignmentsTo(action, "Value to change; may be repeated")->required();
     addNumber(action, options, "Number of the set to change; the first one");
     action.footer("The set is written anew, in the form that the library writes.");
@@ -230,7 +239,7 @@ void addSettingsCommand(CLI::App& app, Run& chosen) {
   {
     const auto [action, options] =
         add("count", "Count the sets of settings in an image or an XMP file", runCount);
-    addFile(action, options, kReadFile);
+    addFile(action, options, "JPEG, TIFF or PSD image, or a file of XMP text", false);
   }
   {
     const auto [action, options] = add("methods", "List the methods", runMethods);

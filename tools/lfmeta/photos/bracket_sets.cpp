@@ -84,6 +84,24 @@ bool areClose(const Shot& before, const Shot& after, double longestGap) {
          std::abs(apart - static_cast<double>(after.exposureTime)) <= longestGap;
 }
 
+// No camera takes two photographs of one exposure at one moment: they are copies of one, and each
+// copy goes to a roll of its own. `shots` are in the order taken.
+std::vector<Frames> rollsOf(const Frames& shots) {
+  std::vector<Frames> rolls;
+  std::map<double, std::size_t> copies;  // of this moment, by brightness
+  const Shot* last = nullptr;
+  for (const Shot* shot : shots) {
+    const bool sameMoment = last != nullptr && last->exact && shot->exact &&
+                            last->taken == shot->taken && keyOf(*last) == keyOf(*shot);
+    if (!sameMoment) copies.clear();
+    const std::size_t roll = copies[shot->brightness()]++;
+    if (roll == rolls.size()) rolls.emplace_back();
+    rolls[roll].push_back(shot);
+    last = shot;
+  }
+  return rolls;
+}
+
 // Whether the shot can be one more frame of the set that ends with `last`.
 bool follows(const Shot& last, const Shot& shot, double longestGap) {
   const double rounding = last.exact && shot.exact ? 0 : 1;
@@ -191,6 +209,10 @@ void judge(BracketSet& set, std::size_t usual) {
   }
   if (differ(set.frames, &Shot::fNumber)) set.odd.emplace_back("the aperture changes");
   if (differ(set.frames, &Shot::iso)) set.odd.emplace_back("the ISO speed changes");
+  if (std::all_of(set.frames.begin(), set.frames.end(), [](auto* f) { return f->metered; }) &&
+      !biasVaries(set.frames)) {
+    set.odd.emplace_back("each exposure was metered, without a bias: the light may have changed");
+  }
 }
 
 }  // namespace
@@ -226,6 +248,7 @@ std::optional<Shot> shotOf(const std::string& file, const PhotoReport& report) {
   shot.height = report.height;
   shot.exposureBias = report.tags.exposureBias;
   shot.automatic = report.tags.exposureMode == 2U;
+  shot.metered = report.tags.exposureMode == 0U;
   return shot;
 }
 
@@ -237,11 +260,13 @@ std::vector<BracketSet> findBrackets(const std::vector<Shot>& shots, double long
     return keys.first != keys.second ? keys.first < keys.second : isEarlier(*a, *b);
   });
   std::vector<BracketSet> sets;
-  for (Frames& frames : cut(ordered, longestGap)) {
-    BracketSet set;
-    set.frames = std::move(frames);
-    measure(set);
-    if (isBracket(set)) sets.push_back(std::move(set));
+  for (const Frames& roll : rollsOf(ordered)) {
+    for (Frames& frames : cut(roll, longestGap)) {
+      BracketSet set;
+      set.frames = std::move(frames);
+      measure(set);
+      if (isBracket(set)) sets.push_back(std::move(set));
+    }
   }
   std::map<decltype(keyOf(shots.front())), std::vector<const BracketSet*>> alike;
   for (const BracketSet& set : sets) alike[keyOf(*set.frames.front())].push_back(&set);

@@ -29,6 +29,7 @@ struct Shot {
   uint32_t height = 0;
   std::optional<float> exposureBias;
   bool automatic = false;  // the camera says that it brackets
+  bool metered = false;    // or that it chose the exposure of each by its meter
 
   // How bright the same scene becomes, in EV.
   double brightness() const;
