@@ -57,6 +57,18 @@ class ToolSettings(ToolTest):
         for line in self.good("settings show --json padded.jpg big.tif").splitlines():
             self.assertEqual(json.loads(line)["settings"]["Boost"], 9)
 
+    def test_edits_what_another_program_has_sorted(self):
+        self.run_line("exiftool -q -overwrite_original -XMP-dc:Title=Lake photo.jpg")
+        status, out, err = run(LFMETA, "settings", "show", self.dir / "photo.jpg")
+        self.assertEqual((status, b"Lighting                    0.0" in out), (0, True))
+        self.assertEqual(err, "lfmeta: %s/photo.jpg: not read, for standing before the method: BlackClip, BlendWithEV, "
+                         "BlendingOpacity, Boost, Brightness, BrightnessIndividualColors, ColorTemperature, IsPano360, "
+                         "Lighting; settings edit puts them behind it\n" % self.dir)
+        self.good("settings edit photo.jpg --set Boost=3")
+        told = json.loads(self.good("settings show --json photo.jpg"))["settings"]
+        self.assertEqual([told[name] for name in ("Boost", "Lighting", "BlackClip", "Strength")], [3, 1.5, 3, 62])
+        self.assertEqual(self.exiftool("photo.jpg", "-XMP:Title"), {"Title": "Lake"})
+
     def test_refuses_what_would_harm_a_photograph(self):
         packet = segment(0xE1, XMP + b"<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/"
                          b"22-rdf-syntax-ns#'>%s</rdf:RDF></x:xmpmeta>")

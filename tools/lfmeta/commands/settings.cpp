@@ -37,6 +37,7 @@ Json valueOf(const std::string& text) {
 
 struct FoundSettings {
   std::vector<int> sets;  // the numbers of all; empty in a text that is no well-formed packet
+  std::string unread;     // elements that stand where the library reads none
   int number = 0;         // of this one
   int method = 0;
   std::vector<Setting> settings;
@@ -48,6 +49,9 @@ Bytes textOfSet(const std::string& path, std::optional<int> number, FoundSetting
   const auto outline = outlineOf(packet);
   std::optional<PacketDescription> chosen;
   for (const SettingsSet& set : outline ? settingsSets(*outline) : std::vector<SettingsSet>{}) {
+    if (number.value_or(set.number) == set.number && (number || found.sets.empty())) {
+      found.unread = settingsBeforeMethod(outline->descriptions[set.description]);
+    }
     found.sets.push_back(set.number);
     if (number && *number == set.number) chosen = outline->descriptions[set.description];
   }
@@ -81,6 +85,10 @@ FoundSettings findSettings(const std::string& path, std::optional<int> number) {
 void showOne(const std::string& path, const Options& options) {
   const FoundSettings found = findSettings(path, options.number);
   const std::string method = findMethod(std::to_string(found.method)).name;
+  if (!found.unread.empty()) {
+    printFailure(path, "not read, for standing before the method: " + found.unread +
+                           "; settings edit puts them behind it");
+  }
   if (options.json) {
     Json values = Json::object();
     for (const Setting& setting : found.settings) values[setting.element] = valueOf(setting.text);

@@ -69,8 +69,7 @@ const SettingsSet& chooseSet(const std::string& path, const EditedPacket& packet
 // The settings of one description alone; returns their method.
 int readSet(const std::string& path, const EditedPacket& packet,
             const PacketDescription& description, float* params) {
-  Bytes text(packet.text.begin() + static_cast<std::ptrdiff_t>(description.start),
-             packet.text.begin() + static_cast<std::ptrdiff_t>(description.end));
+  Bytes text = methodFirst(packet.text, description);
   text.push_back('\0');
   const int length = static_cast<int>(text.size());
   const int method =

@@ -75,6 +75,19 @@ std::vector<PacketEdit> withoutSettingsAttributes(std::string_view packet,
   return edits;
 }
 
+// The local name of a setting that is an element; empty for any other property.
+std::string_view settingName(const PacketProperty& property) {
+  if (property.attribute || !isOfSettings(property.name)) return {};
+  return std::string_view(property.name).substr(property.name.rfind(' ') + 1);
+}
+
+const PacketProperty* findMethodElement(const PacketDescription& description) {
+  for (const PacketProperty& own : description.properties) {
+    if (settingName(own) == "Method") return &own;
+  }
+  return nullptr;
+}
+
 std::string padding(std::size_t size) {
   constexpr std::size_t kLine = 100;
   std::string text(size, ' ');
@@ -133,6 +146,33 @@ std::vector<SettingsSet> settingsSets(const PacketOutline& outline) {
     }
   }
   return sets;
+}
+
+std::string settingsBeforeMethod(const PacketDescription& description) {
+  std::string names;
+  const PacketProperty* method = findMethodElement(description);
+  for (const PacketProperty& own : description.properties) {
+    const std::string_view name = settingName(own);
+    if (method == nullptr || name.empty() || name == "Version" || own.start >= method->start) {
+      continue;
+    }
+    names.append(names.empty() ? "" : ", ").append(name);
+  }
+  return names;
+}
+
+Bytes methodFirst(const Bytes& packet, const PacketDescription& description) {
+  const auto at = [&](std::size_t place) {
+    return packet.begin() + static_cast<std::ptrdiff_t>(place);
+  };
+  Bytes text(at(description.start), at(description.end));
+  const PacketProperty* method = findMethodElement(description);
+  if (method != nullptr) {
+    text.insert(
+        text.begin() + static_cast<std::ptrdiff_t>(description.openingEnd - description.start),
+        at(method->start), at(method->end));
+  }
+  return text;
 }
 
 std::vector<PacketEdit> replaceSettings(const Bytes& packet, const PacketDescription& description,

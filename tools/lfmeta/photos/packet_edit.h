@@ -36,6 +36,11 @@ struct SettingsSet {
 // The sets of settings that the packet declares, in its order.
 std::vector<SettingsSet> settingsSets(const PacketOutline& outline);
 
+// Programs that sort a description's elements put some before the method, where the library reads
+// none: the names of those, with commas between, and the description with its method in front.
+std::string settingsBeforeMethod(const PacketDescription& description);
+Bytes methodFirst(const Bytes& packet, const PacketDescription& description);
+
 // The settings leave the description, and the description goes with them when it holds nothing
 // else; `block`, whole descriptions or nothing, takes their place.
 std::vector<PacketEdit> replaceSettings(const Bytes& packet, const PacketDescription& description,
