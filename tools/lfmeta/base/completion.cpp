@@ -67,11 +67,12 @@ std::string bashValues(const CommandDescription& command, const std::string& roa
       {Completion::files, "return"},
       {Completion::none, "compopt +o default; return"}};
   std::string branches;
+  const std::string start = road + " ";
   for (const OptionDescription& option : command.options) {
     if (option.value.empty()) continue;
     std::string patterns;
     for (const std::string& name : option.names) {
-      patterns.append(patterns.empty() ? "" : " | ").append(inQuotes(road + " " + name));
+      patterns.append(patterns.empty() ? "" : " | ").append(inQuotes(start + name));
     }
     const Completion completion = completionOf(option.value);
     branches += branch(patterns, completion == Completion::words
