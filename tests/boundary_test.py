@@ -3,9 +3,7 @@
 
 boundary_test.py ABI HEADER_DIRECTORY LIBRARY TABLE_OF_CALLS SOURCES
 """
-import re
-import subprocess
-import sys
+import re, subprocess, sys
 
 abi_file, include, library, calls, sources = sys.argv[1:]
 checks = ["#include <LumenforgeMetaLib.h>"]

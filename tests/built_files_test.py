@@ -4,9 +4,7 @@ only, and name no folder of the machine that they were built on.
 
 built_files_test.py FOLDER_NEVER_NAMED FILE...
 """
-import re
-import subprocess
-import sys
+import re, subprocess, sys
 
 folder, *files = sys.argv[1:]
 assert files

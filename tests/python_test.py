@@ -3,11 +3,7 @@
 
 python_test.py FOLDER_OF_THE_MODULE ABI LIBRARY FOLDER_OF_PHOTOGRAPHS
 """
-import ctypes
-import os
-import re
-import subprocess
-import sys
+import ctypes, os, re, subprocess, sys
 
 folder, abi_file, path, photographs = sys.argv[1:]
 sys.path.insert(0, folder)

@@ -160,30 +160,24 @@ TEST(PacketWriter, WritesEveryValueExactly) {
 }
 
 TEST(Reader, TakesTheFirstElementOfEachNameBehindTheMethod) {
+  const std::string details = "Method=Details Enhancer, ";
   const std::vector<RecordCase> cases = {
       {1, {{0, 3}}, "Method=Contrast Enhancer and, Luminosity=3, ToneCompression=5"},
       {1, {}, "Strength=9, Method=Details Enhancer, Luminosity=x, ToneCompression=5"},
-      {1, {}, "Method=Details Enhancer, Smoothing=Low"},
+      {1, {}, details + "Smoothing=Low"},
       {1,
        {{8, -10}, {2, 0}, {6, 8}, {7, 4}},
-       "Method=Details Enhancer, Gamma=2, Brightness=3, ColorSaturation=50, Saturation=7, Microcontrast=8, "
-       "NoiseSmoothing=4"},
+       details + "Gamma=2, Brightness=3, ColorSaturation=50, Saturation=7, Microcontrast=8, NoiseSmoothing=4"},
       {1,
        {{8, 6.6666665F}, {2, -10}, {6, 8}},
-       "Method=Details Enhancer, Brightness=3, Gamma=0.5, Saturation=7, ColorSaturation=?, DetailContrast=7, "
-       "Microcontrast=8"},
-      {1,
-       {{8, INFINITY}, {16, 0}, {5, 2}},
-       "Method=Details Enhancer, Brightness=3, Gamma=-, Smoothing=Medium, SmoothingMode=Light"},
-      {1,
-       {{15, 1}, {16, 0}, {5, 4}},
-       "Method=Details Enhancer, IsPano360=Yesterday, SmoothingMode=Light, Smoothing=Very Lower"},
-      {1, {{16, 0}}, "Method=Details Enhancer, SmoothingMode=Light, Smoothing=Extreme"},
+       details + "Brightness=3, Gamma=0.5, Saturation=7, ColorSaturation=?, DetailContrast=7, Microcontrast=8"},
+      {1, {{8, INFINITY}, {16, 0}, {5, 2}}, details + "Brightness=3, Gamma=-, Smoothing=Medium, SmoothingMode=Light"},
+      {1, {{15, 1}, {16, 0}, {5, 4}}, details + "IsPano360=Yesterday, SmoothingMode=Light, Smoothing=Very Lower"},
+      {1, {{16, 0}}, details + "SmoothingMode=Light, Smoothing=Extreme"},
       {1,
        {{17, 3.5F}, {1, 5}, {4, -0.1F}},
-       "Method=Details Enhancer, SmoothingMode=Ligh, Smoothing=3.5, Strength=(5, WhiteClip=((5, BlackClip=   "
-       "-1e-1x"},
-      {1, {{17, 2}}, "Method=Details Enhancer, SmoothingModes=Light, SmoothingMode=Light, Smoothing=2"},
+       details + "SmoothingMode=Ligh, Smoothing=3.5, Strength=(5, WhiteClip=((5, BlackClip=   -1e-1x"},
+      {1, {{17, 2}}, details + "SmoothingModes=Light, SmoothingMode=Light, Smoothing=2"},
       {2, {{13, INFINITY}, {0, 8}}, "Method=Smooth Adaptation, Method=Average, Saturation=inf(, Brightness=0x1p3"},
       {3,
        {{3, 0.60359085F}, {4, 1.2342758e-4F}, {8, 1}},
@@ -278,25 +272,13 @@ TEST(Reader, CopiesTheLensThatFits) {
 
 // The search for one tag after the other is the definition of what the one pass finds.
 TEST(Reader, FindsWhatTheSearchForEveryTagFinds) {
-  const std::pair<int, const char*> names[] = {{0, "Accentuation"},
-                                               {0, "Strength"},
-                                               {1, "BlendingPoint"},
-                                               {1, "ExposureBalance"},
-                                               {2, "ShadowsContrast"},
-                                               {2, "Shadows"},
-                                               {3, "Saturation"},
-                                               {4, "WhiteClip"},
-                                               {5, "BlackClip"},
-                                               {6, "MidtonesAdjustment"},
-                                               {6, "Brightness"},
-                                               {7, "IsPano360"},
-                                               {8, "Sharpness"},
-                                               {12, "ColorTemperature"},
-                                               {21, "SaturationIndividualColors"},
-                                               {31, "TemperatureIndividualColors"},
-                                               {41, "BrightnessIndividualColors"},
-                                               {51, "BlendingOpacity"},
-                                               {52, "BlendWithEV"}};
+  std::istringstream listed(
+      "0 Accentuation 0 Strength 1 BlendingPoint 1 ExposureBalance 2 ShadowsContrast 2 Shadows 3 Saturation "
+      "4 WhiteClip 5 BlackClip 6 MidtonesAdjustment 6 Brightness 7 IsPano360 8 Sharpness 12 ColorTemperature "
+      "21 SaturationIndividualColors 31 TemperatureIndividualColors 41 BrightnessIndividualColors "
+      "51 BlendingOpacity 52 BlendWithEV");
+  std::vector<std::pair<int, std::string>> tags;  // with their slots
+  for (std::pair<int, std::string> tag; listed >> tag.first >> tag.second;) tags.push_back(tag);
   const auto kindOf = [](int slot) { return slot == 7 ? 1 : slot > 20 && slot < 50 ? 20 : 0; };
   const char* const values[] = {"1", "-2.5", "Yes", "x", "", "1,2,3,4,5,6,7,8", "lfst:Strength>4"};
   std::mt19937 random(5);
@@ -305,15 +287,15 @@ TEST(Reader, FindsWhatTheSearchForEveryTagFinds) {
     std::string text = kHead + elements("Method=Fusion/Natural");
     const auto method = static_cast<int>(text.find("lfst:Method"));
     for (auto n = random() % 12; n > 0; --n)
-      text += std::string(random() % 400, ' ') + elements(pick(names).second + "="s + pick(values));
+      text += std::string(random() % 400, ' ') + elements(pick(tags).second + "=" + pick(values));
     for (auto n = random() % 3; n > 0; --n) text[80 + random() % (text.size() - 80)] = "<>=l:s\0"[random() % 7];
     text.resize(text.size() - random() % 9);
     Params params, expected = record(10);
     if (settingsOf(text, 10, params) != method) continue;
     text += '\0';
     std::array<int, kSettingsParamsSlots> found{};
-    for (const auto& [slot, name] : names) {
-      searchForTag(slot, ("lfst:"s + name).c_str(), kindOf(slot), guarded(text) + method, 1,
+    for (const auto& [slot, name] : tags) {
+      searchForTag(slot, ("lfst:" + name).c_str(), kindOf(slot), guarded(text) + method, 1,
                    static_cast<int>(text.size()) - method, found.data(), expected.data());
     }
     ASSERT_EQ(params, expected) << text;

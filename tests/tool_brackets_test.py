@@ -1,8 +1,8 @@
 """lfmeta brackets on generated folders: what a photographer would call the sets in them."""
-import json, os, pathlib, tempfile, unittest
+import json, os, unittest
 
 from support.photos import app1, jpeg, tiff
-from support.tool import LFMETA, run
+from support.tool import LFMETA, FolderTest, run
 
 
 class Camera:
@@ -41,12 +41,7 @@ class Camera:
         return [self.frame(base + ev, bias=ev, **more) for ev in evs]
 
 
-class ToolBrackets(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.dir = pathlib.Path(folder.name)
-
+class ToolBrackets(FolderTest):
     def told(self, *words):
         status, out, err = run(LFMETA, "brackets", "--json", *(words or [self.dir]), cwd=self.dir)
         self.assertEqual((status, err), (0, ""))

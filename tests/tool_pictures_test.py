@@ -1,6 +1,7 @@
 """lfmeta tiff and hdr: pictures of every format in, judged by ImageMagick and plain arithmetic."""
-import json, math, struct, subprocess, sys, unittest, zlib
+import json, math, struct, subprocess, unittest, zlib
 
+from support.photos import segment, tiff as tiff_structure
 from support.tool import *
 
 
@@ -78,24 +79,18 @@ def exr(rows, channels="RGB", code="e", density=None, colors=None, window=(-3, 7
         struct.pack("<iI", window[1] + y, len(line)) + line for y, line in enumerate(lines))
 
 
-# One row of gray samples for each of two strips, which may be the same; a palette of 16 colours for 4 bits.
+# One row of gray samples for each of two strips of `data`, which may be the same; a palette of 16 colours for 4 bits.
 def tiff_strips(width, offsets, counts, bits=8, colors=(), data=b""):
-    entries = [(256, 4, [width]), (257, 4, [2]), (258, 3, [bits]), (259, 3, [1]), (262, 3, [3 if colors else 1]),
-               (273, 4, offsets), (277, 3, [1]), (278, 4, [1]), (279, 4, counts)] + [(320, 3, colors)] * bool(colors)
-    start, values = 8 + len(data) + 6 + 12 * len(entries), b""
-    listed = struct.pack("<H", len(entries))
-    for tag, kind, numbers in entries:
-        value = struct.pack("<%d%s" % (len(numbers), "H" if kind == 3 else "I"), *numbers)
-        listed += struct.pack("<HHI", tag, kind, len(numbers)) + (
-            value.ljust(4, b"\0") if len(value) <= 4 else struct.pack("<I", start + len(values)))
-        if len(value) > 4: values += value
-    return struct.pack("<2sHI", b"II", 42, 8 + len(data)) + data + listed + bytes(4) + values
+    def whole(start):
+        places = (4, 2, struct.pack("<2I", *(start + offset for offset in offsets)))
+        palette = {320: (3, len(colors), struct.pack("<%dH" % len(colors), *colors))} if colors else {}
+        return tiff_structure({256: width, 257: 2, 258: bits, 259: 1, 262: 3 if colors else 1, 273: places, 277: 1,
+                               278: 1, 279: (4, 2, struct.pack("<2I", *counts)), **palette})
+    return whole(len(whole(0))) + data
 
 
 # A black JPEG picture of 8 x 8 whose three colours come one by one, again and again.
 def jpeg_scans(count):
-    def segment(code, data):
-        return b"\xff" + bytes([code]) + struct.pack(">H", len(data) + 2) + data
     return b"\xff\xd8" + segment(0xDB, bytes([0] + 64 * [1])) + segment(
         0xC0, bytes([8, 0, 8, 0, 8, 3, 1, 17, 0, 2, 17, 0, 3, 17, 0])) + b"".join(
             segment(0xC4, bytes([kind, 1] + 16 * [0])) for kind in (0, 16)) + b"".join(
@@ -126,6 +121,10 @@ class ToolPictures(ToolTest):
         self.good(line)
         tiff = (self.dir / "out.tif").read_bytes()
         return tiff[8:struct.unpack_from("<I", tiff, 4)[0]]
+
+    def refuse(self, data, word="in: ", line="tiff in out.tif"):
+        self.files(**{"in": data})
+        self.bad(word, line)
 
     def test_every_kind_of_png(self):
         for kind, depths in {0: [1, 2, 4, 8, 16], 2: [8, 16], 3: [1, 2, 4, 8], 4: [8, 16], 6: [8, 16]}.items():
@@ -162,8 +161,7 @@ class ToolPictures(ToolTest):
             self.assertEqual(self.pixels(data, "tiff in out.tif" + " --depth ".join(["", *depth])), expected,
                              (data[:20], depth))
             for cut in [] if depth or len(data) < 20 else [2, 9, len(data) // 2, len(data) - 4]:
-                self.files(**{"in": data[:cut]})
-                self.bad("in: ", "tiff in out.tif")
+                self.refuse(data[:cut])
 
     def test_tiff_pictures(self):
         def tiff(how, data=COLOR, copied=""):
@@ -189,24 +187,21 @@ class ToolPictures(ToolTest):
                 expected = self.pixels((self.dir / "plain.tif").read_bytes())
             self.assertEqual(found, expected, data[:8])
             for cut in [2, 9, len(data) // 2]:
-                self.files(**{"in": data[:cut]})
-                self.bad("in: ", "tiff in out.tif")
+                self.refuse(data[:cut])
         for depth, how in [("float", "-B"), ("float", "-c zip:3"), ("half", "-B"), ("half", "-c lzw"), ("16", "-c zip:2")]:
             written = self.pixels(RAMP, "tiff in out.tif --depth " + depth)
             self.assertEqual(self.run_line("tiffcp %s out.tif copied.tif" % how)[0], 0)
             self.assertEqual(self.pixels((self.dir / "copied.tif").read_bytes()), written, (depth, how))
         shared = bytes(range(250)) * 4
-        self.assertEqual(self.pixels(tiff_strips(1000, [8, 8], [500, 500], 4, [0x1234 * i for i in range(12)] + 36 * [0x5678],
+        self.assertEqual(self.pixels(tiff_strips(1000, [0, 0], [500, 500], 4, [0x1234 * i for i in range(12)] + 36 * [0x5678],
                                                  shared)), b"".join(
             bytes([(0x1234 * i >> 8) if i < 12 else 0x56, 0x56, 0x56]) for row in range(2) for b in shared[:500] for i in (b >> 4, b & 15)))
-        for data, word in [(tiff_strips(1000, [8, 8], [1000, 1000], data=shared), "more bytes"),
-                           (tiff_strips(500, [8, 508], [500, 499], data=shared), "ends before")]:
-            self.files(**{"in": data})
-            self.bad(word, "tiff in out.tif")
+        for data, word in [(tiff_strips(1000, [0, 0], [1000, 1000], data=shared), "more bytes"),
+                           (tiff_strips(500, [0, 500], [500, 499], data=shared), "ends before")]:
+            self.refuse(data, word)
         for how, word in [("-colorspace cmyk", "CMYK"), ("-colorspace lab", "colours"), ("-compress webp", "packed"),
                           ("-depth 32", "32 bits"), ("-depth 64 -define quantum:format=floating-point", "64 bits")]:
-            self.files(**{"in": tiff(how)})
-            self.bad(word, "tiff in out.tif")
+            self.refuse(tiff(how), word)
 
     def test_openexr_pictures(self):
         rows = [[(x / 4, -y, 1000.0 * x) for x in range(5)] for y in range(3)]
@@ -218,8 +213,7 @@ class ToolPictures(ToolTest):
                 (exr(gray, "Y"), struct.pack("<15e", *flat[2::3]))]:
             self.assertEqual(self.pixels(data), expected)
             for cut in [3, 50, len(data) // 2, len(data) - 1]:
-                self.files(**{"in": data[:cut]})
-                self.bad("in: ", "tiff in out.tif")
+                self.refuse(data[:cut])
         special = [(v,) for v in [0.0, -0.0, -0.1, 65504.0, 2**-14, 3 * 2**-24, math.inf, -math.inf, math.nan]]
         self.assertEqual(self.pixels(exr([special], "Y"), "tiff in out.tif --depth float"),
                          floats(struct.unpack("<e", struct.pack("<e", *v))[0] for v in special))
@@ -231,8 +225,7 @@ class ToolPictures(ToolTest):
                                (b"compression\0\1", b"compression\0\2"), (b"v2f\0\x08", b"str\0\x08\xff\xff"),
                                (b"v2f\0\x08\0\0\0" + bytes(8), b"string\0\0\0\0\x40"), (b"Y\0\1", b"Y\7\1"),
                                (b"v2f\0\x08\0\0\0" + bytes(8), b"stringvector\0\x08\0\0\0\0\0\0\x40" + bytes(4))]]]:
-            self.files(**{"in": data})
-            self.bad(word, "tiff in out.tif")
+            self.refuse(data, word)
 
     def test_what_a_picture_says_is_kept(self):
         profile = (b"\0\0\2\x0c" + bytes(8) + b"mntrRGB XYZ " + bytes(12) + b"acsp").ljust(0x20C, b"\0")
@@ -274,13 +267,8 @@ class ToolPictures(ToolTest):
             self.pixels(exr([[(1, 2, 3)]], colors=broken))
             self.bad("no ICC profile", "icc out.tif")
 
-    def peak(self, line):  # bytes of memory, without those of this program
-        code = "import resource as r, subprocess as s, sys; s.run(sys.argv[1:]); print(r.getrusage(r.RUSAGE_CHILDREN).ru_maxrss)"
-        with_limits = {**os.environ, "ASAN_OPTIONS": "quarantine_size_mb=1"}
-        return int(run(sys.executable, "-c", code, LFMETA, *line.split(), cwd=self.dir, env=with_limits)[1].split()[-1]) << 10
-
     def test_memory_of_hostile_and_of_large_pictures(self):
-        own = self.peak("tiff in out.tif")
+        own = peak("tiff", "in", "out.tif", cwd=self.dir)
         COLOR_PNG = png(2, 8, 0, 0)[0]
         blank = PNG_START + png_chunk(b"IHDR", struct.pack(">2I5B", 19000, 19000, 1, 0, 0, 0, 0))
         texts = png_chunk(b"zTXt", b"Comment\0\0" + zlib.compress(bytes(1 << 20))) * 500
@@ -289,11 +277,11 @@ class ToolPictures(ToolTest):
         for data, most in [(COLOR_PNG[:33] + texts + COLOR_PNG[33:], 8), (blank + png_chunk(b"IDAT", packed), 8),
                            (runs, 8), (pnm(b"P5", b"", 255, (60000, 60000)), 8), (jpeg_scans(303), 8)]:
             self.files(**{"in": data})
-            self.assertLess(self.peak("tiff in out.tif") - own, most << 20, data[:40])
+            self.assertLess(peak("tiff", "in", "out.tif", cwd=self.dir) - own, most << 20, data[:40])
         size, width, height = 3 * 4096 * 3000, 4096, 3000
         self.files(ppm=pnm(b"P6", bytes(size), 255, (width, height)))
-        for line in ["tiff ppm tif", "tiff tif out.tif"]:
-            self.assertLess(self.peak(line) - own, 1.2 * size)
+        for words in ["ppm", "tif"], ["tif", "out.tif"]:
+            self.assertLess(peak("tiff", *words, cwd=self.dir) - own, 1.2 * size)
 
     def test_malformed_pictures(self):
         row = bytes([2, 2, 0, W])
@@ -307,15 +295,12 @@ class ToolPictures(ToolTest):
                 (radiance([row, b"\xff\1" * 40]), "run-length"), (PLANES.replace(row, b"\2\2\0\x87"), "width"),
                 (PIXELS.replace(b"-Y", b"-Z"), "resolution line"), (PIXELS.replace(b"rgbe", b"xyze"), "RGB"),
                 (PIXELS.replace(b" 134\n", b" 999999999\n"),), (PIXELS.replace(b"-Y 5", b"-Y 99999999"), "MiB")]:
-            self.files(**{"in": data})
-            for line in ["tiff in out.tif", "hdr in"]:
-                self.bad(word[0] if word and line[0] == "t" else "in: ", line)
+            self.refuse(data, *word)
+            self.refuse(data, line="hdr in")
         for line in ["--max-memory 1K", "--max-memory 2K --depth float"]:
-            self.files(**{"in": COLOR})
-            self.bad("--max-memory", "tiff in out.tif " + line)
+            self.refuse(COLOR, "--max-memory", "tiff in out.tif " + line)
         self.good("tiff in out.tif --depth float --max-memory 8K")
-        self.files(**{"in": jpeg_scans(101)})
-        self.bad("100 scans", "tiff in out.tif")
+        self.refuse(jpeg_scans(101), "100 scans")
 
     def check_brightness(self, name, values, black, not_finite, line="hdr --json "):
         found, low, high = json.loads(self.good(line + name)), min(values), max(values)

@@ -1,9 +1,9 @@
 """lfmeta read, run as a user runs it. The judge of what a photograph says is ExifTool."""
-import json, os, pathlib, pty, resource, select, shutil, struct, subprocess, tempfile, unittest
+import json, os, pty, resource, select, shutil, struct, subprocess, unittest
 
 from support import photos
 from support.photos import app1, jpeg, psd, segment, tiff
-from support.tool import EXAMPLE as PHOTO, LFMETA, run
+from support.tool import EXAMPLE as PHOTO, LFMETA, FolderTest, peak, run
 
 # Our names that differ from ExifTool's by more than the first letter, and those that do not.
 NAMES = {"iso": "ISO", "focalLength35mm": "FocalLengthIn35mmFormat", "width": "ImageWidth", "height": "ImageHeight",
@@ -80,12 +80,7 @@ def read(*words, **more):
     return status, [json.loads(line) for line in out.splitlines()], err
 
 
-class ToolRead(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.dir = pathlib.Path(folder.name)
-
+class ToolRead(FolderTest):
     def file(self, name, data):
         (self.dir / name).write_bytes(data)
         return self.dir / name
@@ -289,25 +284,15 @@ MetadataBuf.focalPlaneXResolution
         self.assertEqual([one.wait() for one in running], [0] * 4)
 
     def test_memory_is_bounded_whatever_a_file_announces_and_however_many_there_are(self):
-        # What is freed is given back, also where the address sanitizer would keep it for a while.
-        environment = {**os.environ, "ASAN_OPTIONS": "quarantine_size_mb=1"}
-
-        def most(*words):
-            _, _, usage = os.wait4(os.posix_spawn(LFMETA, [LFMETA, "read", "--json", *map(str, words)], environment,
-                                                  file_actions=[(os.POSIX_SPAWN_DUP2, null.fileno(), 1),
-                                                                (os.POSIX_SPAWN_DUP2, null.fileno(), 2)]), 0)
-            return usage.ru_maxrss >> 10
-
-        with open(os.devnull, "r+") as null:
-            none = most("missing")
-            for what in (tiff({700: (2, 2 ** 31 - 9999, b"12345")}), tiff({270: (2, 2 ** 31 - 9999, b"12345")}),
-                         tiff({}, {}, {0x201: 9, 0x202: (4, 1, b"\0\0\0\x7f")})):
-                sparse = [self.file("%d.tif" % i, what) for i in range(4)]
-                for path in sparse:
-                    os.truncate(path, 2 ** 31)
-                self.assertLess(most("-j", 4, "--thumbnail", self.dir, *sparse), none + 20)
-            many = self.file("many", b"missing\0" * 100 + b"README.md\0" * 20000)
-            self.assertLess(most("-j", 2, "--files0-from", many), none + 20)
+        most = peak("read", "--json", "missing") + (20 << 20)
+        for what in (tiff({700: (2, 2 ** 31 - 9999, b"12345")}), tiff({270: (2, 2 ** 31 - 9999, b"12345")}),
+                     tiff({}, {}, {0x201: 9, 0x202: (4, 1, b"\0\0\0\x7f")})):
+            sparse = [self.file("%d.tif" % i, what) for i in range(4)]
+            for path in sparse:
+                os.truncate(path, 2 ** 31)
+            self.assertLess(peak("read", "--json", "-j", 4, "--thumbnail", self.dir, *sparse), most)
+        many = self.file("many", b"missing\0" * 100 + b"README.md\0" * 20000)
+        self.assertLess(peak("read", "--json", "-j", 2, "--files0-from", many), most)
 
     def test_shows_progress_where_a_person_waits(self):
         terminal, far = pty.openpty()

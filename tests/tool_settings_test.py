@@ -1,10 +1,8 @@
 """lfmeta settings: written, inserted, edited, shown, counted and listed. ExifTool judges changed photographs."""
 import json, struct, unittest
 
+from support.photos import XMP, segment
 from support.tool import *
-
-
-XMP = b"http://ns.adobe.com/xap/1.0/\0"
 
 
 def without_packet(data):
@@ -12,10 +10,6 @@ def without_packet(data):
         return data
     start = data.index(XMP) - 4
     return data[:start] + data[start + 2 + struct.unpack_from(">H", data, start + 2)[0]:]
-
-
-def segment(marker, data):
-    return struct.pack(">BBH", 255, marker, len(data) + 2) + data
 
 
 class ToolSettings(ToolTest):

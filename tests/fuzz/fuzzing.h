@@ -62,10 +62,7 @@ class MemoryFile {
   MemoryFile& operator=(const MemoryFile&) = delete;
   ~MemoryFile() { ::close(descriptor_); }
   char* path() { return path_; }
-  std::string bytes() const {
-    std::ifstream in(path_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-  }
+  std::string bytes() const { return contentsOf(path_); }
 
  private:
   int descriptor_ = ::memfd_create("file", 0);

@@ -26,24 +26,22 @@ static std::vector<std::string> pictures() {
   for (const auto* one : {"pixelAspectRatio", "screenWindowWidth"}) exr += attribute(one, "float", "\0\0\x80\x3F"s);
   exr += attribute("screenWindowCenter", "v2f", std::string(8, '\0')) + '\0';
   exr += numbers(32, {static_cast<uint32_t>(exr.size()) + 8, 0, 0, 2}) + "\0\x3C"s;
-  const auto entry = [](uint16_t tag, uint64_t value) { return kTiff.shortEntry(tag, value); };
-  std::vector<std::string> all{"P6 2 1 255 abcdef",
-                               "P5 1 1 65535 ab",
-                               "P4 9 1 ab",
-                               "P1 3 1 0 10",
-                               "P3 1 1 9 1 2 #c\n3",
-                               "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\nabcd",
-                               "PF 1 1 -1 abcdabcdabcd",
-                               "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 9\n\2\2\0\x9\x89r\x89g\x89"
-                               "b\x9"
-                               "123456789"s,
-                               "#?RADIANCE\n\n+Y 1 +X 3\nabcd\1\1\1\2",
-                               exr,
-                               kTiff.file({entry(256, 2), entry(257, 1), entry(258, 8), entry(259, 1), entry(262, 1),
-                                           entry(273, 0), entry(277, 1), entry(279, 2)}),
-                               "\x89PNG\r\n\x1A\n" + chunk("IHDR", "\0\0\0\2\0\0\0\1\x8\3\0\0\1"s) +
-                                   chunk("PLTE", "abcdef") + chunk("tRNS", "\1") +
-                                   chunk("IDAT", "x\1\1\3\0\xFC\xFF\0\0\1"s) + chunk("IEND", "")};
+  std::vector<std::string> all{
+      "P6 2 1 255 abcdef",
+      "P5 1 1 65535 ab",
+      "P4 9 1 ab",
+      "P1 3 1 0 10",
+      "P3 1 1 9 1 2 #c\n3",
+      "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\nabcd",
+      "PF 1 1 -1 abcdabcdabcd",
+      "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 9\n\2\2\0\x9\x89r\x89g\x89"
+      "b\x9"
+      "123456789"s,
+      "#?RADIANCE\n\n+Y 1 +X 3\nabcd\1\1\1\2",
+      exr,
+      kTiff.file(kTiff.entries("100=s2; 101=s1; 102=s8; 103=s1; 106=s1; 111=s0; 115=s1; 117=s2")),
+      "\x89PNG\r\n\x1A\n" + chunk("IHDR", "\0\0\0\2\0\0\0\1\x8\3\0\0\1"s) + chunk("PLTE", "abcdef") +
+          chunk("tRNS", "\1") + chunk("IDAT", "x\1\1\3\0\xFC\xFF\0\0\1"s) + chunk("IEND", "")};
   for (std::string& seed : all) seed = "\3" + seed;
   return all;
 }
@@ -52,9 +50,8 @@ int main(int, char** arguments) {
   const std::string start = "\0\0\0\0"s;
   const std::string settings(240, '\1');
   const Tiff big{ByteOrder::big};
-  const std::string tiff = big.file({Tiff::text(0x110, "X"), big.shortEntry(0x112, 6)},
-                                    {big.fraction(0x829A, 1, 250), big.shortEntry(0x8827, 100)},
-                                    {big.fraction(2, 48, 1, 3)}, {big.longEntry(1, 9)});
+  const std::string tiff = big.file(big.entries("110='X'; 112=s6"), big.entries("829A=1/250; 8827=s100"),
+                                    big.entries("2=48/1,49/1,50/1"), big.entries("1=l9"));
   std::map<std::string, std::vector<std::string>> seeds = {
       {"image",
        {"\1"s + kPhoto, "\0"s + tiff,

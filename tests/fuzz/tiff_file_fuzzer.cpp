@@ -1,13 +1,6 @@
 // Images with any description, records and packet written as TIFF, and the file read again.
 #include "fuzzing.h"
 
-static int valueOf(const std::string& file, int tag) {
-  int count = 0;
-  int value = 0;
-  fuzz::require(get_tif_tag(build::MemoryStream(file).get(), tag, &count, &value) > 0);
-  return value;
-}
-
 void fuzz::check(std::string input) {
   constexpr int kDepths[] = {8, 16, 32, 3216};
   TifImageInfo info{};
@@ -51,7 +44,6 @@ void fuzz::check(std::string input) {
   require(write(info) == height);
   const std::string first = file.bytes();
   require(write(info) == height && file.bytes() == first);
-  require(valueOf(first, 0x100) == info.width && valueOf(first, 0x117) == written * height);
   if (rowSize == written && !bottomUp) require(first.compare(8, bytes.size(), bytes) == 0);
   ExifInfo back;
   require(getExifData(file.path(), 0, &back) == 1);

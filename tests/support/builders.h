@@ -46,11 +46,6 @@ struct Tiff {
 
   Entry shortEntry(uint16_t tag, uint64_t value) const { return {tag, 3, 1, u16(value, order)}; }
   Entry longEntry(uint16_t tag, uint64_t value) const { return {tag, 4, 1, u32(value, order)}; }
-  Entry fraction(uint16_t tag, uint32_t numerator, uint32_t denominator, uint32_t count = 1) const {
-    Entry entry{tag, 5, count, ""};
-    for (uint32_t i = 0; i < count; ++i) entry.value += u32(numerator + i, order) + u32(denominator, order);
-    return entry;
-  }
   static Entry text(uint16_t tag, const std::string& value) {
     return {tag, 2, static_cast<uint32_t>(value.size() + 1), value + '\0'};
   }
@@ -79,7 +74,7 @@ struct Tiff {
     if (read >= 4 && mark == '@') return {e.tag, e.type, e.count, u32(words[0], order)};
     if (read >= 4) return {e.tag, e.type, e.count, quoted};
     if (start < item.size()) return text(e.tag, quoted);
-    e = fraction(e.tag, 0, 0, 0);
+    e = {e.tag, 5, 0, ""};
     p = std::strchr(p, '=');
     for (int length = 0; std::sscanf(p, "%*1[=,]%u/%u%n", words, words + 1, &length) == 2; p += length) {
       e.value += u32(words[0], order) + u32(words[1], order);

@@ -1,6 +1,6 @@
 """lfmeta run as a user runs it, in a folder of its own that holds photo.jpg (the example) and in (a small colour
 picture). Needs LFMETA, the tool to run."""
-import json, os, pathlib, shlex, shutil, subprocess, tempfile, unittest
+import json, os, pathlib, shlex, shutil, subprocess, sys, tempfile, unittest
 
 LFMETA = os.environ["LFMETA"]
 EXAMPLE = pathlib.Path(__file__).resolve().parents[2] / "examples" / "photo.jpg"
@@ -23,10 +23,22 @@ def run(*words, **more):
     return done.returncode, done.stdout, done.stderr.decode()
 
 
-class ToolTest(unittest.TestCase):
+def peak(*words, **more):  # bytes of memory, of this interpreter at least
+    code = "import resource as r, subprocess as s, sys; s.run(sys.argv[1:]); print(r.getrusage(r.RUSAGE_CHILDREN).ru_maxrss)"
+    # What is freed is given back, also where the address sanitizer would keep it for a while.
+    more["env"] = {**os.environ, "ASAN_OPTIONS": "quarantine_size_mb=1"}
+    return int(run(sys.executable, "-c", code, LFMETA, *words, **more)[1].split()[-1]) << 10
+
+
+class FolderTest(unittest.TestCase):
     def setUp(self):
         self.dir = pathlib.Path(tempfile.mkdtemp())
         self.addCleanup(shutil.rmtree, self.dir)
+
+
+class ToolTest(FolderTest):
+    def setUp(self):
+        super().setUp()
         self.files(**{"photo.jpg": PHOTO, "in": COLOR})
 
     def files(self, **contents):
