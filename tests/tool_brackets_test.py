@@ -20,7 +20,7 @@ class Camera:
         exif = {0x829A: (round(time * 1000000), 1000000), 0x829D: (aperture, 1), 0x8827: iso, 0x920A: (24, 1),
                 0x9003: "2021:06:%02d %02d:%02d:%02d" % (5 + day, second // 3600, second // 60 % 60, second % 60)}
         if self.subseconds:
-            exif[0x9291] = "%02d" % round(second % 1 * 100)
+            exif[0x9291] = "%02d" % min(round(second % 1 * 100), 99)
         if bias is not None:
             exif[0x9204] = round(bias * 3), 3
         if mode is not None:
@@ -82,6 +82,8 @@ class ToolBrackets(FolderTest):
             camera.bracket(0)
             camera.clock += 9  # a camera that notes the end of an exposure, which is 8.5 s
             yield [[camera.frame(0, bias=0, mode=2), camera.late(9, 9)]]
+            camera.clock = camera.clock // 1 + 0.63  # the second of three begins with the last frame of a second
+            yield [camera.bracket(0, -4, 4, pause=0.02) for _ in range(3)]
             yield [camera.bracket(0, 1, 2)]
 
         for subseconds in True, False:
@@ -120,14 +122,16 @@ class ToolBrackets(FolderTest):
             camera.frame(ev, bias=ev, aperture=aperture, iso=iso)
         camera.clock += 60
         camera.bracket(0, 1, 2, mode=0, exif={0x9204: (0, 1)})  # a cloud
+        camera.bracket(0, 1, 2, mode=1, exif={0x9204: (0, 1)}, wait=60)
+        camera.bracket(0, 1, 2, mode=0, wait=60)
         sets = self.told()
-        self.assertEqual([one["steps"] for one in sets], [[2, 2], [2, 2], [4], [3, 1], [2.92, 4], [1, 1]])
+        self.assertEqual([one["steps"] for one in sets[:6]], [[2, 2], [2, 2], [4], [3, 1], [2.92, 4], [1, 1]])
         self.assertEqual([one["odd"] for one in sets], [
             None, None, ["2 frames, where most sets of this camera have 3"],
             ["its steps are uneven: a frame may be missing, or not belong to it"],
             ["its steps are uneven: a frame may be missing, or not belong to it", "the aperture changes",
              "the ISO speed changes"],
-            ["each exposure was metered, without a bias: the light may have changed"]])
+            ["each exposure was metered, without a bias: the light may have changed"], None, None])
         lonely = Camera(self.dir / "lonely")
         lonely.bracket(0, 1)
         self.assertEqual(self.told("lonely")[0]["odd"], ["2 frames, an even number"])

@@ -59,13 +59,15 @@ class ToolMetadata(ToolTest):
                              (pixels, 0))
         self.assertIn("Lake \U0001d11e", self.good("icc msb.tif"))
         for expected, line in [
-                ("is no ICC profile", "icc rgb.tif --set readme"), ("cut short", "icc rgb.tif --set cut"),
+                ("is no ICC profile", "icc rgb.tif gray.tif --set readme"), ("cut short", "icc rgb.tif --set cut"),
                 ("other bytes", "icc rgb.tif --set tail"), ("a class", "icc rgb.tif --set link"),
                 ("for GRAY, and the image is RGB", "icc rgb.tif --set gray"), ("for RGB", "icc gray.tif --set icc"),
                 ("the picture is RGB", "tiff in new --icc gray"), ("picture is gray", "tiff gray.pgm new --icc icc"),
                 ("BigTIFF", "icc big.tif --set icc"), ("no TIFF", "icc photo.jpg --set icc"), ("no TIFF", "icc in"),
                 ("no ICC profile", "tiff in new --icc readme")]:
             self.bad(expected, line)
+        status, out, _ = run(LFMETA, *"icc --json rgb.tif in gray.tif".split(), cwd=self.dir)
+        self.assertEqual((status, [json.loads(line)["file"] for line in out.splitlines()]), (1, ["rgb.tif", "gray.tif"]))
 
     def test_profiles_set_at_once_and_without_room(self):
         profiles = {str(i): profile(b"RGB ", plain(b"%d" % i * 20000)) for i in range(8)}

@@ -58,6 +58,9 @@ class ToolSettings(ToolTest):
         self.assertEqual(err, "lfmeta: %s/photo.jpg: not read, for standing before the method: BlackClip, BlendWithEV, "
                          "BlendingOpacity, Boost, Brightness, BrightnessIndividualColors, ColorTemperature, IsPano360, "
                          "Lighting; settings edit puts them behind it\n" % self.dir)
+        self.files(**{"two.jpg": (self.dir / "photo.jpg").read_bytes()})
+        self.good("settings insert two.jpg --method 14")
+        self.good("settings show two.jpg")  # the first one, which is as it should be
         self.good("settings edit photo.jpg --set Boost=3")
         told = json.loads(self.good("settings show --json photo.jpg"))["settings"]
         self.assertEqual([told[name] for name in ("Boost", "Lighting", "BlackClip", "Strength")], [3, 1.5, 3, 62])

@@ -1,5 +1,6 @@
 #include "base/failure.h"
 
+#include <algorithm>
 #include <new>
 
 namespace lfmeta {
@@ -14,6 +15,20 @@ int runReportingFailure(const std::function<int()>& command) {
     printFailure("", "needs more memory than there is");
   }
   return kFailure;
+}
+
+int runForEachFile(const std::vector<std::string>& files,
+                   const std::function<void(const std::string&)>& work) {
+  int status = kSuccess;
+  for (const std::string& file : files) {
+    const int one = runReportingFailure([&] {
+      work(file);
+      return kSuccess;
+    });
+    status = std::max(status, one);
+    if (one == kUsageError) break;
+  }
+  return status;
 }
 
 }  // namespace lfmeta

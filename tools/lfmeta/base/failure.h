@@ -5,6 +5,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "base/report.h"
 
@@ -37,5 +38,9 @@ class UsageFailure : public Failure {
 // Runs the command; a Failure becomes its line on standard error. Returns the command's exit
 // status, or the Failure's.
 int runReportingFailure(const std::function<int()>& command);
+
+// The same for each file by itself; a wrong command line is said once.
+int runForEachFile(const std::vector<std::string>& files,
+                   const std::function<void(const std::string&)>& work);
 
 }  // namespace lfmeta

@@ -112,23 +112,8 @@ void showOne(const std::string& path, const Options& options) {
   for (const Setting& setting : found.settings) line(setting.element, setting.text);
 }
 
-// Each file for itself; a wrong command line is said once.
-template <typename Work>
-int forEachFile(const Options& options, Work work) {
-  int status = kSuccess;
-  for (const std::string& path : options.files) {
-    const int one = runReportingFailure([&] {
-      work(path);
-      return kSuccess;
-    });
-    status = std::max(status, one);
-    if (one == kUsageError) break;
-  }
-  return status;
-}
-
 int runShow(const Options& options) {
-  return forEachFile(options, [&](const std::string& path) { showOne(path, options); });
+  return runForEachFile(options.files, [&](const std::string& path) { showOne(path, options); });
 }
 
 int runCount(const Options& options) {
@@ -144,13 +129,13 @@ int runWrite(const Options& options) {
 }
 
 int runInsert(const Options& options) {
-  return forEachFile(options, [&](const std::string& path) {
+  return runForEachFile(options.files, [&](const std::string& path) {
     insertSettings(path, options.settings, options.number);
   });
 }
 
 int runEdit(const Options& options) {
-  return forEachFile(options, [&](const std::string& path) {
+  return runForEachFile(options.files, [&](const std::string& path) {
     editSettings(path, options.settings.assignments, options.number);
   });
 }
