@@ -16,13 +16,16 @@ class ToolFiles(ToolTest):
                 ("needed: read, brackets", ""), ("show, write", "settings"), ("no command of lfmeta", "help foo"), ("standard input", "icc - --set in"),
                 ("--depth: \\x1b[31m not in", "tiff in new --depth '\x1b[31m'"),
                 ("--resolution: 0x10 is no whole number from 1 to 2147483;", "tiff in new --resolution 0x10"),
-                ("from 1 to 256", "read in -j 0"), ("from 1 to 256", "read in -j 257"),
+                ("no number of 0 or more", "brackets . --gap nan"), ("no number of 0 or more", "brackets . --gap 1e400"),
+                ("no size such as", "tiff in new --max-memory -1"), ("no size such as", "tiff in new --max-memory 17179869184G"),
+                ("./- is one of that name", "read --thumbnail - in"), ("from 1 to 256", "read in -j 0"), ("from 1 to 256", "read in -j 257"),
                 ("from 1 to 99", "settings insert in --method 1 --number '[1]'")]:
             self.bad(expected, line, status=2)
         self.files(**{"[2021]": PHOTO, "[a,b]": PHOTO, "\x01x": PHOTO, "-r": PHOTO, "--": PHOTO})
         told = self.good("read --json -j 256 [2021] '[a,b]' -- '\x01x' -r --").splitlines()
         self.assertEqual([json.loads(line)["file"] for line in told], ["[2021]", "[a,b]", "\x01x", "-r", "--"])
         self.assertEqual(self.good("read -j 01 photo.jpg"), self.good("read photo.jpg"))
+        self.assertEqual(self.good("read --csv --fields file,iso photo.jpg"), "file,iso\nphoto.jpg,100\n")
         self.good("tiff in [o] --resolution 010 --keyword [k,l]")
         self.assertEqual(self.exiftool("[o]", "-XResolution -Keywords"), {"XResolution": 10, "Keywords": "[k,l]"})
         self.assertRegex(self.good("-V"), r"^lfmeta \d+\.\d+\.\d+\n$")
@@ -84,6 +87,16 @@ class ToolFiles(ToolTest):
                 done = subprocess.run([LFMETA, *words], stdout=full, stderr=subprocess.PIPE)
             self.assertEqual((done.returncode, done.stderr),
                              (1, b"lfmeta: standard output: cannot be written: No space left on device\n"), words)
+        for words in ["read", EXAMPLE], ["help"], ["exif", EXAMPLE, "-"]:
+            done = subprocess.run(["sh", "-c", '"$0" "$@" >&-', LFMETA, *words], capture_output=True)
+            self.assertEqual((done.returncode, done.stderr.count(b"lfmeta: standard output: cannot be written")), (1, 1), words)
+
+    def test_no_file_takes_the_place_of_a_closed_stream(self):
+        self.run_line("exiftool -q -overwrite_original -EXIF:XPTitle=w photo.jpg")  # what is not taken is named
+        words = "tiff in %s --like photo.jpg"
+        run(LFMETA, *(words % "open").split(), cwd=self.dir)
+        run("sh", "-c", '"$0" "$@" <&- >&- 2>&-', LFMETA, *(words % "closed").split(), cwd=self.dir)
+        self.assertEqual((self.dir / "closed").read_bytes(), (self.dir / "open").read_bytes())
 
     def test_no_file_of_another_kind_is_replaced(self):
         self.good("settings write a.xmp --method 1")
@@ -91,7 +104,7 @@ class ToolFiles(ToolTest):
         self.good("exif photo.jpg a.bin")
         tiff, block = [(self.dir / name).read_bytes() for name in ["a.tif", "a.bin"]]
         raw = b"II*\0\x10\0\0\0CR\2\0" + bytes(4) + b"\1\0\0\1\3\0\1\0\0\0\5\0" + bytes(6)
-        self.files(empty=b"", raw=raw, subs=raw.replace(b"CR", b"XX").replace(b"\0\1\3", b"J\1\3"), big=b"MM\0*" + raw[4:],
+        self.files(empty=b"", raw=raw, subs=raw.replace(b"CR", b"XX").replace(b"\0\1\3", b"J\1\3"), big=b"MM\0*" + raw[4:], cut=tiff[:300],
                    side=b"<?xpacket begin=''?>\n" + (self.dir / "a.xmp").read_bytes())
         os.symlink("photo.jpg", self.dir / "link")
         writers = ["settings write %s --method 4", "tiff in %s", "exif photo.jpg %s"]
@@ -99,7 +112,7 @@ class ToolFiles(ToolTest):
         for writer, fitting in zip(writers, allowed):
             pictures = {"a.tif", "photo.jpg", "link"}
             changed = {*fitting} | (pictures if writer == writers[0] else set())  # they get the settings
-            for name in sorted(({"a.xmp", "a.bin", "raw", "subs", "big", "side"} | pictures) - changed):
+            for name in sorted(({"a.xmp", "a.bin", "raw", "subs", "big", "cut", "side"} | pictures) - changed):
                 with self.subTest(writer % name):
                     self.bad("; --force replaces it", writer % name)
             for name in ["empty", *fitting, "new"]:
@@ -146,7 +159,7 @@ class ToolFiles(ToolTest):
             yield tool, *{*os.listdir(self.dir)} - before
 
     def test_temporary_files_do_not_outlive_the_tool(self):
-        for number in [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM]:
+        for number in [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM, signal.SIGALRM, signal.SIGUSR1]:
             with self.waiting() as (tool, name):
                 tool.send_signal(number)
             self.assertEqual((tool.returncode, {*os.listdir(self.dir)}), (-number, {"photo.jpg", "in"}))

@@ -61,7 +61,7 @@ class ToolMetadata(ToolTest):
         for expected, line in [
                 ("is no ICC profile", "icc rgb.tif gray.tif --set readme"), ("cut short", "icc rgb.tif --set cut"),
                 ("other bytes", "icc rgb.tif --set tail"), ("a class", "icc rgb.tif --set link"),
-                ("for GRAY, and the image is RGB", "icc rgb.tif --set gray"), ("for RGB", "icc gray.tif --set icc"),
+                ("for GRAY, and the image is RGB", "icc rgb.tif --set gray"), ("for RGB, and", "icc gray.tif --set icc"),
                 ("the picture is RGB", "tiff in new --icc gray"), ("picture is gray", "tiff gray.pgm new --icc icc"),
                 ("BigTIFF", "icc big.tif --set icc"), ("no TIFF", "icc photo.jpg --set icc"), ("no TIFF", "icc in"),
                 ("no ICC profile", "tiff in new --icc readme")]:

@@ -278,6 +278,12 @@ class ToolPictures(ToolTest):
                            (runs, 8), (pnm(b"P5", b"", 255, (60000, 60000)), 8), (jpeg_scans(303), 8)]:
             self.files(**{"in": data})
             self.assertLess(peak("tiff", "in", "out.tif", cwd=self.dir) - own, most << 20, data[:40])
+        with open(self.dir / "in", "wb") as sparse:  # with values of 1 GiB that no picture needs
+            sparse.write(b"II*\0\x08\0\0\0\3\0" + b"".join(struct.pack("<2H2I", *entry) for entry in [
+                (256, 4, 1, 9), (257, 4, 1, 9), (700, 1, 1 << 30, 4096)]) + bytes(4))
+            sparse.truncate((1 << 30) + 4096)
+        self.assertLess(peak("tiff", "in", "out.tif", cwd=self.dir) - own, 80 << 20)
+        (self.dir / "in").unlink()
         size, width, height = 3 * 4096 * 3000, 4096, 3000
         self.files(ppm=pnm(b"P6", bytes(size), 255, (width, height)))
         for words in ["ppm", "tif"], ["tif", "out.tif"]:

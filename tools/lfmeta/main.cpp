@@ -1,4 +1,5 @@
 // lfmeta: the library at the command line.
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
@@ -23,6 +24,16 @@
 namespace lfmeta {
 
 namespace {
+
+// A file that the tool opens must not take the place of a standard stream that the caller has
+// closed: what is said would end up in it. Such a stream is one that cannot be read, or written,
+// from.
+void fillStandardStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    const bool closed = fcntl(stream, F_GETFD) < 0;
+    if (closed && open("/dev/null", stream == STDOUT_FILENO ? O_RDONLY : O_WRONLY) < 0) return;
+  }
+}
 
 int describeTool(const CLI::App& app, const std::string& form) {
   const std::map<std::string, std::string (*)(const CommandDescription&)> kForms{
@@ -70,6 +81,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   using namespace lfmeta;
+  fillStandardStreams();
   static std::array<char, 65536> buffer;
   if (isatty(STDOUT_FILENO) == 0) std::setvbuf(stdout, buffer.data(), _IOFBF, buffer.size());
   // What the library says there would stand between the tool's lines without the file that it is

@@ -1,7 +1,10 @@
 #include "base/command_line.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
+#include <cmath>
+#include <cstdint>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -159,6 +162,41 @@ CLI::Validator wholeNumber(long long least, long long most) {
         }
         text = std::to_string(number);  // without zeros in front, which would make it octal
         return {};
+      },
+      "");
+}
+
+CLI::Validator sizeInBytes() {
+  return CLI::Validator(
+      [](std::string& text) -> std::string {
+        constexpr std::string_view kUnits = "KMGT";
+        uint64_t number = 0;
+        const char* end = text.data() + text.size();
+        const auto [rest, error] = std::from_chars(text.data(), end, number);
+        std::string unit(rest, end);
+        for (char& c : unit) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        const std::size_t power = unit.empty() ? 0 : kUnits.find(unit.front()) + 1;
+        const std::string_view more = std::string_view(unit).substr(unit.empty() ? 0 : 1);
+        const bool known =
+            unit.empty() || (power > 0 && (more.empty() || more == "B" || more == "IB"));
+        if (error != std::errc() || !known || number > UINT64_MAX >> 10 * power) {
+          return text + " is no size such as 500M or 8G";
+        }
+        text = std::to_string(number << 10 * power);
+        return {};
+      },
+      "");
+}
+
+CLI::Validator numberNotBelowZero() {
+  return CLI::Validator(
+      [](std::string& text) -> std::string {
+        double number = 0;
+        const char* end = text.data() + text.size();
+        const auto [rest, error] = std::from_chars(text.data(), end, number);
+        const bool good =
+            error == std::errc() && rest == end && std::isfinite(number) && number >= 0;
+        return good ? std::string() : text + " is no number of 0 or more";
       },
       "");
 }

@@ -23,5 +23,8 @@ std::string suggestion(const CLI::App& app, const std::string& word);
 
 // For option->transform: a whole number in decimal digits from `least` to `most`.
 CLI::Validator wholeNumber(long long least, long long most);
+// A number of bytes with a unit, such as 500M; a unit is 1024 times the one before.
+CLI::Validator sizeInBytes();
+CLI::Validator numberNotBelowZero();
 
 }  // namespace lfmeta

@@ -62,10 +62,16 @@ const char* nameOf(FileKind kind) {
 
 bool isOfKind(int descriptor, FileKind kind) {
   constexpr int kImageWidth = 256;
+  constexpr int kExifDirectory = 0x8769;
+  constexpr int kGpsDirectory = 0x8825;
   const auto& [name, signature] = entryOf(kind);
   if (bytesAt(descriptor, 0, signature.size()) != signature) return false;
   if (kind != FileKind::tiff && kind != FileKind::exifBlock) return true;
-  return hasTag(descriptor, kImageWidth) == (kind == FileKind::tiff) && !isRaw(descriptor);
+  if (isRaw(descriptor)) return false;
+  if (kind == FileKind::tiff) return hasTag(descriptor, kImageWidth);
+  // A picture that has lost its directory has neither.
+  return !hasTag(descriptor, kImageWidth) &&
+         (hasTag(descriptor, kExifDirectory) || hasTag(descriptor, kGpsDirectory));
 }
 
 }  // namespace lfmeta

@@ -10,7 +10,8 @@ namespace lfmeta {
 
 namespace {
 
-constexpr std::array kEndingSignals{SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU, SIGXFSZ};
+constexpr std::array kEndingSignals{SIGHUP,  SIGINT,  SIGQUIT, SIGPIPE, SIGALRM,   SIGTERM,
+                                    SIGUSR1, SIGUSR2, SIGXCPU, SIGXFSZ, SIGVTALRM, SIGPROF};
 
 // All that the handler looks at. More files than there are places for are not at work at a time.
 constexpr int kPlaces = 16;

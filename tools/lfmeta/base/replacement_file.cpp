@@ -107,7 +107,10 @@ void ReplacementFile::create() {
     descriptor_ = mkostemp(name_.data(), O_CLOEXEC);
     if (descriptor_ >= 0) removed_.emplace(name_);
   }
-  if (descriptor_ < 0) failWith(target_, "cannot be created");
+  if (descriptor_ < 0) {
+    failWith(target_, present_ ? "cannot be replaced: no new file can be made in its folder"
+                               : "cannot be created");
+  }
   path_ = pathOfDescriptor(descriptor_);
 }
 

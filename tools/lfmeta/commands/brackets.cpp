@@ -202,7 +202,7 @@ void addBracketsCommand(CLI::App& app, Run& chosen) {
       ->add_option("--gap", options->longestGap,
                    "Longest pause between two frames of a set, in seconds (2)")
       ->type_name("SECONDS")
-      ->check(CLI::NonNegativeNumber.description(""));
+      ->check(numberNotBelowZero());
   command->add_option("-j,--jobs", options->jobs, "Files read at the same time (one a processor)")
       ->type_name("N")
       ->transform(wholeNumber(1, 256));

@@ -3,6 +3,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "base/command_line.h"
 #include "base/failure.h"
 #include "pictures/sample_depth.h"
 
@@ -22,7 +23,7 @@ const std::map<std::string, Sample>& depths() {
 
 void PictureOptions::addTo(CLI::App& command) {
   command.add_option("--max-memory", memory_, "What pixels may take, e.g. 500M or 8G ")
-      ->transform(CLI::AsSizeValue(false).description(""))
+      ->transform(sizeInBytes())
       ->type_name("SIZE");
 }
 

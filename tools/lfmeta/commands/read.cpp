@@ -222,6 +222,7 @@ void addReadCommand(CLI::App& app, Run& chosen) {
                    "Only these fields, in this order (--json and --csv)")
       ->delimiter(',')
       ->allow_extra_args(false)
+      ->allow_extra_args(false)
       ->type_name("A,B,...")
       ->check(fieldName());
   command

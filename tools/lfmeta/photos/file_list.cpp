@@ -20,7 +20,7 @@ constexpr std::size_t kLongestName = 65536;  // of a list; far beyond what a pat
 
 bool isFolder(const std::string& path) {
   struct stat status {};
-  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+  return path != "-" && stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 }  // namespace

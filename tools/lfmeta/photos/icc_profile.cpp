@@ -183,8 +183,10 @@ void setTiffProfile(const std::string& path, const IccProfile& profile,
         entry != nullptr ? tiff->number(std::span(entry->field).first(2)) : UINT32_MAX;
     for (const Photometric& known : kPhotometrics) {
       if (known.number == colours && known.colourSpace != profile.colourSpace()) {
-        throw Failure(profilePath, "is a profile for " + std::string(profile.colourSpace()) +
-                                       ", and the image is " + known.name + "; nothing is changed");
+        const std::string_view space = profile.colourSpace();
+        const std::string name(space.substr(0, space.find_last_not_of(' ') + 1));
+        throw Failure(profilePath, "is a profile for " + name + ", and the image is " + known.name +
+                                       "; nothing is changed");
       }
     }
   }

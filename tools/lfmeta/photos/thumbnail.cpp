@@ -6,9 +6,11 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 #include "base/failure.h"
+#include "base/removed_when_killed.h"
 
 namespace lfmeta {
 
@@ -51,7 +53,13 @@ bool holds(const std::string& name, const Bytes& bytes) {
 }
 
 void writeNew(const std::string& name, const Bytes& bytes) {
-  const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  std::optional<RemovedWhenKilled> removed;
+  int file = -1;
+  {
+    const SignalsHeld held;
+    file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file >= 0) removed.emplace(name);
+  }
   if (file < 0 && errno == EEXIST) {
     if (holds(name, bytes)) return;
     throw Failure(name, "is there with another content; remove it, or name another folder");
@@ -68,6 +76,8 @@ void writeNew(const std::string& name, const Bytes& bytes) {
 }  // namespace
 
 ThumbnailFolder::ThumbnailFolder(std::string folder) : folder_(std::move(folder)) {
+  if (folder_ == "-")
+    throw UsageFailure("--thumbnail -", "needs a folder; ./- is one of that name");
   makeFolder(folder_);
 }
 

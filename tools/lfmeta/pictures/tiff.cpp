@@ -23,19 +23,31 @@ namespace {
   throw std::runtime_error(what);
 }
 
-PictureFile& fileOf(thandle_t handle) {
-  return *static_cast<PictureFile*>(handle);
+// Of a directory's values libtiff holds all that the file delivers, whether they matter or not, and
+// passes over what it cannot read.
+constexpr uint64_t kMostOfDirectory = 64U << 20;
+
+struct Source {
+  PictureFile file;
+  uint64_t readable = kMostOfDirectory;
+};
+
+Source& sourceOf(thandle_t handle) {
+  return *static_cast<Source*>(handle);
 }
 
 tmsize_t readBytes(thandle_t handle, void* out, tmsize_t size) {
-  return static_cast<tmsize_t>(
-      std::fread(out, 1, static_cast<std::size_t>(size), fileOf(handle).stream));
+  Source& source = sourceOf(handle);
+  const auto wanted = static_cast<uint64_t>(size);
+  if (wanted > source.readable) return 0;
+  source.readable -= wanted;
+  return static_cast<tmsize_t>(std::fread(out, 1, wanted, source.file.stream));
 }
 tmsize_t writeBytes(thandle_t, void*, tmsize_t) {
   return -1;
 }
 toff_t seek(thandle_t handle, toff_t offset, int from) {
-  std::FILE* stream = fileOf(handle).stream;
+  std::FILE* stream = sourceOf(handle).file.stream;
   if (fseeko(stream, static_cast<off_t>(offset), from) != 0) return static_cast<toff_t>(-1);
   return static_cast<toff_t>(ftello(stream));
 }
@@ -43,7 +55,7 @@ int leaveOpen(thandle_t) {
   return 0;
 }
 toff_t sizeOfFile(thandle_t handle) {
-  return fileOf(handle).size;
+  return sourceOf(handle).file.size;
 }
 
 // The first message is kept: later ones follow from it.
@@ -61,17 +73,18 @@ int ignore(TIFF*, void*, const char*, const char*, va_list) {
 // Libtiff's picture and its last words.
 class Reader {
  public:
-  explicit Reader(const PictureFile& file) : file_(file) {
+  explicit Reader(const PictureFile& file) : source_{file} {
     TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
     TIFFOpenOptionsSetErrorHandlerExtR(options, keepMessage, &message_);
     TIFFOpenOptionsSetWarningHandlerExtR(options, ignore, nullptr);
     // The largest of what it holds at a time is a packed strip or the list of all of them.
     TIFFOpenOptionsSetMaxSingleMemAlloc(options,
                                         static_cast<tmsize_t>(std::max(file.size, file.memory)));
-    tiff_.reset(TIFFClientOpenExt("picture", "rmO", &file_, readBytes, writeBytes, seek, leaveOpen,
-                                  sizeOfFile, nullptr, nullptr, options));
+    tiff_.reset(TIFFClientOpenExt("picture", "rmO", &source_, readBytes, writeBytes, seek,
+                                  leaveOpen, sizeOfFile, nullptr, nullptr, options));
     TIFFOpenOptionsFree(options);
     if (!tiff_) fail();
+    source_.readable = UINT64_MAX;  // pixels and the list of strips have bounds of their own
   }
 
   TIFF* get() const { return tiff_.get(); }
@@ -86,7 +99,7 @@ class Reader {
   }
 
  private:
-  PictureFile file_;
+  Source source_;
   std::string message_;
   std::unique_ptr<TIFF, decltype(&TIFFClose)> tiff_{nullptr, TIFFClose};
 };
