@@ -106,7 +106,7 @@ class Reading {
       if (file.failure.empty()) {
         readFile(file, outcome);
       } else {
-        fail(outcome, file.path, nullptr, file.failure);
+        addFailure(outcome, file.path, nullptr, file.failure);
       }
     }
     return outcome;
@@ -129,15 +129,15 @@ class Reading {
       if (std::filesystem::is_directory(listed.path, unknown)) {
         message += "; -r reads what is below it";
       }
-      fail(outcome, listed.path, report ? &*report : nullptr, message);
+      addFailure(outcome, listed.path, report ? &*report : nullptr, message);
     } catch (const std::exception& error) {
-      fail(outcome, listed.path, report ? &*report : nullptr, error.what());
+      addFailure(outcome, listed.path, report ? &*report : nullptr, error.what());
     }
   }
 
   // What was read of the file is told in any case.
-  void fail(Outcome& outcome, const std::string& path, const PhotoReport* report,
-            const std::string& message) const {
+  void addFailure(Outcome& outcome, const std::string& path, const PhotoReport* report,
+                  const std::string& message) const {
     outcome.failed = true;
     if (report != nullptr) {
       describe(outcome.text, {path, report, message});

@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <optional>
-#include <span>
 #include <string_view>
 #include <vector>
 
