@@ -9,7 +9,7 @@ building=(g++ cmake ninja-build pkg-config libcli11-dev nlohmann-json3-dev libpn
 measuring=(libbenchmark-dev libtiff-dev libexif-dev libexiv2-dev libexpat1-dev libpugixml-dev exiv2
   libimage-exiftool-perl python3)
 # What the fuzz targets need besides, and the tests.
-fuzzing=(clang libclang-rt-14-dev)
+fuzzing=(clang libclang-rt-14-dev imagemagick)
 testing=(libgtest-dev libgmock-dev python3 libimage-exiftool-perl libtiff-tools imagemagick locales
   libc-bin binutils ccache mandoc zsh doxygen jq parallel sqlite3)
 

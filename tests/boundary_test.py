@@ -1,8 +1,5 @@
-#!/usr/bin/env python3
 """Holds the header and the built library against the committed description of the ABI.
-
-boundary_test.py ABI HEADER_DIRECTORY LIBRARY TABLE_OF_CALLS SOURCES
-"""
+boundary_test.py ABI HEADER_DIRECTORY LIBRARY TABLE_OF_CALLS SOURCES"""
 import re, subprocess, sys
 
 abi_file, include, library, calls, sources = sys.argv[1:]

@@ -1,9 +1,5 @@
-#!/usr/bin/env python3
 """What the built and installed files themselves say: they are hardened, look for libraries beside themselves
-only, and name no folder of the machine that they were built on.
-
-built_files_test.py FOLDER_NEVER_NAMED FILE...
-"""
+only, and name no folder of the machine that they were built on.   built_files_test.py FOLDER_NEVER_NAMED FILE..."""
 import re, subprocess, sys
 
 folder, *files = sys.argv[1:]

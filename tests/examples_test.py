@@ -1,6 +1,8 @@
 """The examples, run on the sample photograph.   examples_test.py FOLDER, where they were built"""
 import os, pathlib, subprocess, sys, tempfile, unittest
 
+from support.photos import plain, profile
+
 BUILT = sys.argv.pop(1)
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 PHOTO = str(ROOT / "examples" / "photo.jpg")
@@ -9,12 +11,10 @@ TOLD = "Alpenglow M2, 1/250 s, f/5.6, ISO 100\n"
 
 class Examples(unittest.TestCase):
     def test_print_what_they_say_they_do(self):
-        description = b"sRGB IEC61966-2.1\0"
-        profile = bytes(16) + b"RGB " + bytes(16) + b"acsp" + bytes(88) + b"\0\0\0\1desc\0\0\0\x90\0\0\0\x3c"
-        profile += b"desc" + bytes(4) + len(description).to_bytes(4, "big") + description + bytes(30)
+        icc = profile(b"RGB ", plain(b"sRGB IEC61966-2.1"))
         with tempfile.TemporaryDirectory() as folder:
             os.chdir(folder)
-            pathlib.Path("srgb.icc").write_bytes(len(profile).to_bytes(4, "big") + profile[4:])
+            pathlib.Path("srgb.icc").write_bytes(icc)
             for line, status, out, err in [
                     (["read", PHOTO], 0, TOLD, ""),
                     (["read", "none"], 1, "", "The photograph cannot be read (result -1).\n"),
@@ -26,7 +26,7 @@ class Examples(unittest.TestCase):
                     (["host", PHOTO, "b.tif"], 0, "Alpenglow M2: 1/250 s, ISO 100\n"
                      "b.tif: Alpenglow M2, method 4, strength 50.0\nb.tif: profile replaced\n", ""),
                     (["host", "none", "c.tif"], 1, "", "reading the photograph: result -1\n"),
-                    (["profile", "b.tif", "srgb.icc"], 0, "b.tif: sRGB, %d bytes\n" % len(profile), ""),
+                    (["profile", "b.tif", "srgb.icc"], 0, "b.tif: sRGB, %d bytes\n" % len(icc), ""),
                     (["brightness"], 0, "from 1 to 724992, mean 103659: 19.5 stops\n", "")]:
                 line[0] = BUILT + "/example_" + line[0]
                 done = subprocess.run(line, capture_output=True, text=True)

@@ -3,7 +3,6 @@
 // file that is opened on the way would be another program's, too.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <utility>
 

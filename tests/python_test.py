@@ -1,8 +1,5 @@
-#!/usr/bin/env python3
 """Holds the Python module against the committed description of the ABI, and runs what uses it.
-
-python_test.py FOLDER_OF_THE_MODULE ABI LIBRARY FOLDER_OF_PHOTOGRAPHS
-"""
+python_test.py FOLDER_OF_THE_MODULE ABI LIBRARY FOLDER_OF_PHOTOGRAPHS"""
 import ctypes, os, re, subprocess, sys
 
 folder, abi_file, path, photographs = sys.argv[1:]

@@ -1,7 +1,4 @@
 // The reading wing: files and streams in, whole records out.
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <ctime>

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
-#include <algorithm>
 #include <array>
 #include <climits>
 #include <clocale>
@@ -166,17 +165,16 @@ TEST(Reader, TakesTheFirstElementOfEachNameBehindTheMethod) {
       {1, {}, "Strength=9, Method=Details Enhancer, Luminosity=x, ToneCompression=5"},
       {1, {}, details + "Smoothing=Low"},
       {1,
-       {{8, -10}, {2, 0}, {6, 8}, {7, 4}},
-       details + "Gamma=2, Brightness=3, ColorSaturation=50, Saturation=7, Microcontrast=8, NoiseSmoothing=4"},
-      {1,
-       {{8, 6.6666665F}, {2, -10}, {6, 8}},
-       details + "Brightness=3, Gamma=0.5, Saturation=7, ColorSaturation=?, DetailContrast=7, Microcontrast=8"},
+       {{8, -10}, {2, 0}, {7, 4}},
+       details + "Gamma=2, Brightness=3, ColorSaturation=50, Saturation=7, NoiseSmoothing=4"},
+      {1, {{8, 6.6666665F}, {2, -10}}, details + "Brightness=3, Gamma=0.5, Saturation=7, ColorSaturation=?"},
+      {1, {{6, 8}}, details + "Microcontrast=8"},
+      {1, {{6, 8}}, details + "DetailContrast=7, Microcontrast=8"},
       {1, {{8, INFINITY}, {16, 0}, {5, 2}}, details + "Brightness=3, Gamma=-, Smoothing=Medium, SmoothingMode=Light"},
       {1, {{15, 1}, {16, 0}, {5, 4}}, details + "IsPano360=Yesterday, SmoothingMode=Light, Smoothing=Very Lower"},
       {1, {{16, 0}}, details + "SmoothingMode=Light, Smoothing=Extreme"},
-      {1,
-       {{17, 3.5F}, {1, 5}, {4, -0.1F}},
-       details + "SmoothingMode=Ligh, Smoothing=3.5, Strength=(5, WhiteClip=((5, BlackClip=   -1e-1x"},
+      {1, {{17, 3.5F}}, details + "SmoothingMode=Ligh, Smoothing=3.5"},
+      {1, {{1, 5}, {4, -0.1F}}, details + "Strength=(5, WhiteClip=((5, BlackClip=   -1e-1x"},
       {1, {{17, 2}}, details + "SmoothingModes=Light, SmoothingMode=Light, Smoothing=2"},
       {2, {{13, INFINITY}, {0, 8}}, "Method=Smooth Adaptation, Method=Average, Saturation=inf(, Brightness=0x1p3"},
       {3,

@@ -2,14 +2,10 @@
 // has it; what a process shares is left alone; and how much stack a thread needs for them.
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <clocale>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
-#include <memory>
 #include <thread>
 
 #include "support/calls.h"

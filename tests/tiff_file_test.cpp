@@ -2,11 +2,9 @@
 // at such files.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <climits>
 #include <tuple>
 
-#include "LumenforgeMetaLib.h"
 #include "support/tiff_records.h"
 
 namespace {

@@ -78,6 +78,7 @@ class ToolFiles(ToolTest):
         lines = done.stdout.splitlines()
         self.assertEqual([json.loads(line)["file"] for line in lines],
                          [text.decode(errors="replace") for text in raw])
+        self.assertEqual([json.loads(line)["fileBytes"] is None for line in lines], [True] * (len(raw) - 1) + [False])
         for character, line in zip(escaped, lines[1:]):
             self.assertTrue(line.lower().startswith(b'{"file":' + json.dumps(character).encode()), line)
 

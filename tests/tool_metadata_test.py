@@ -1,22 +1,11 @@
 """lfmeta tiff --like, exif and icc: metadata into finished files. Judges are ExifTool and libtiff's tools."""
 import json, struct, subprocess, unittest
 
+from support.photos import plain, profile
 from support.tool import *
 
 UPWARD = b"#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n+Y %d +X %d\n" % (H, W) + b"".join(
     RGB[i:i + 3] + b"\x80" for i in range(0, len(RGB), 3))
-
-
-
-def profile(space, tag, kind=b"mntr"):  # an ICC profile of one tag, its description
-    body = bytes(4) + b"lcms\2\x10\0\0" + kind + space + b"XYZ " + bytes(12) + b"acsp" + bytes(88) + struct.pack(
-        ">I4sII", 1, b"desc", 144, len(tag)) + tag
-    return struct.pack(">I", len(body)) + body[4:]
-
-
-def plain(text, utf16=""):
-    return b"desc" + struct.pack(">II", 0, len(text) + 1) + text + b"\0" + struct.pack(
-        ">II", 0, len(utf16) + 1) + (utf16 + "\0").encode("utf-16-be") + bytes(70)
 
 
 def localized(*texts):

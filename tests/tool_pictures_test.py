@@ -34,17 +34,15 @@ def png_chunk(kind, data):
 
 
 # A picture of 9 x 9 in any kind and depth, with what a reader without opacity is to make of it.
-def png(kind, depth, interlaced, transparent):
+def png(kind, depth, transparent):
     channels, size = {0: 1, 2: 3, 3: 1, 4: 2, 6: 4}[kind], 9
     value = lambda x, y, c: (x * 0x2B37 + y * 0x111B + c * 0x0705) % 2 ** depth
     rows = b""
-    for x0, y0, dx, dy in [(0, 0, 8, 8), (4, 0, 8, 8), (0, 4, 4, 8), (2, 0, 4, 4), (0, 2, 2, 4), (1, 0, 2, 2),
-                           (0, 1, 1, 2)] if interlaced else [(0, 0, 1, 1)]:
-        for y in range(y0, size, dy):
-            bits = "".join(f"{value(x, y, c):0{depth}b}" for x in range(x0, size, dx) for c in range(channels))
-            rows += bytes([0, *(int(bits[i:i + 8].ljust(8, "0"), 2) for i in range(0, len(bits), 8))])
+    for y in range(size):
+        bits = "".join(f"{value(x, y, c):0{depth}b}" for x in range(size) for c in range(channels))
+        rows += bytes([0, *(int(bits[i:i + 8].ljust(8, "0"), 2) for i in range(0, len(bits), 8))])
     colors = [(i * 7 % 256, i * 3 % 256, 255 - i) for i in range(2 ** depth)] if kind == 3 else []
-    chunks = [(b"IHDR", struct.pack(">2I5B", size, size, depth, kind, 0, 0, interlaced)), (b"zTXt", b"Comment\0\0damaged"),
+    chunks = [(b"IHDR", struct.pack(">2I5B", size, size, depth, kind, 0, 0, 0)), (b"zTXt", b"Comment\0\0damaged"),
               (b"PLTE", bytes(sum(colors, ())))][:3 if colors else 2]
     if transparent:
         chunks.append((b"tRNS", bytes(range(2 ** depth)) if colors else bytes([0, 1] * channels)))
@@ -57,19 +55,18 @@ def png(kind, depth, interlaced, transparent):
 
 
 # Scanlines without packing. Values are a row's pixels, each with a value for each channel.
-def exr(rows, channels="RGB", code="e", density=None, colors=None, window=(-3, 7), kind=b"", sampling=1, pixel_type=None):
+def exr(rows, channels="RGB", code="e", density=None, colors=None, window=(-3, 7), sampling=1, pixel_type=None):
     def attribute(name, kind, value):
         return name + b"\0" + kind + b"\0" + struct.pack("<I", len(value)) + value
     order = sorted(range(len(channels)), key=lambda c: channels[c])
     listed = b"".join(channels[c].encode() + b"\0" + struct.pack("<4I", pixel_type if pixel_type is not None else 1 + (
         code == "f"), 0, sampling, sampling) for c in order)
     box = struct.pack("<4i", *window, window[0] + len(rows[0]) - 1, window[1] + len(rows) - 1)
-    data = struct.pack("<2I", 20000630, 2) + attribute(b"channels", b"chlist", listed + b"\0") + b"".join(
-        attribute(*all) for all in [(b"compression", b"compression", b"\0"), (b"dataWindow", b"box2i", box),
-                                    (b"displayWindow", b"box2i", box), (b"lineOrder", b"lineOrder", b"\0"),
-                                    (b"pixelAspectRatio", b"float", struct.pack("<f", 1)),
-                                    (b"screenWindowCenter", b"v2f", bytes(8)),
-                                    (b"screenWindowWidth", b"float", struct.pack("<f", 1))])
+    one = struct.pack("<f", 1)
+    data = struct.pack("<2I", 20000630, 2) + b"".join(attribute(*all) for all in [
+        (b"channels", b"chlist", listed + b"\0"), (b"compression", b"compression", b"\0"), (b"dataWindow", b"box2i", box),
+        (b"displayWindow", b"box2i", box), (b"lineOrder", b"lineOrder", b"\0"), (b"pixelAspectRatio", b"float", one),
+        (b"screenWindowCenter", b"v2f", bytes(8)), (b"screenWindowWidth", b"float", one)])
     if colors: data += attribute(b"chromaticities", b"chromaticities", struct.pack("<8f", *colors))
     if density: data += attribute(b"xDensity", b"float", struct.pack("<f", density))
     data += b"\0"
@@ -129,10 +126,9 @@ class ToolPictures(ToolTest):
     def test_every_kind_of_png(self):
         for kind, depths in {0: [1, 2, 4, 8, 16], 2: [8, 16], 3: [1, 2, 4, 8], 4: [8, 16], 6: [8, 16]}.items():
             for depth in depths:
-                for interlaced in 0, 1:
-                    for transparent in (0, 1) if kind < 4 else (0,):
-                        data, wanted = png(kind, depth, interlaced, transparent)
-                        self.assertEqual(self.pixels(data), wanted, (kind, depth, interlaced, transparent))
+                for transparent in (0, 1) if kind < 4 else (0,):
+                    data, wanted = png(kind, depth, transparent)
+                    self.assertEqual(self.pixels(data), wanted, (kind, depth, transparent))
 
     def test_decoders_and_depths(self):
         swapped, palette = b"".join(bytes([v ^ 85, v]) for v in RGB), convert(COLOR, "-colors 99 png8:-")
@@ -140,6 +136,7 @@ class ToolPictures(ToolTest):
         for data, expected, *depth in [
                 (COLOR, RGB), (pnm(b"P3", b" ".join(b"%d" % v for v in RGB)), RGB), (pam, RGB), (DEEP, RGB, "8"),
                 (DEEP, swapped), (convert(DEEP, "png48:-"), swapped), (convert(COLOR, "-interlace PNG png32:-"), RGB),
+                (convert(palette, "-interlace PNG png8:-"), convert(palette, "rgb:-")),
                 (pnm(b"P5", RGB[::3]), RGB[::3]), (pnm(b"P2", b"0 2 4\n7", 7, (2, 2)), b"\0\x49\x92\xff"),
                 (palette, convert(palette, "rgb:-")), (PHOTO, convert(PHOTO, "rgb:-")),
                 (PIXELS, LINEAR), (PLANES, LINEAR), (pfm([0, 1, 7], ">"), floats([0, 1, 7])),
@@ -258,7 +255,7 @@ class ToolPictures(ToolTest):
                          ["Linear RGB", "Display Device Profile", "acsp"])
         self.assertIn("Linear RGB", self.good("icc out.tif"))
         profile = self.run_line("exiftool -b -ICC_Profile out.tif")[1]
-        jpeg, small = convert(COLOR, "jpg:-"), png(2, 8, 0, 0)[0]
+        jpeg, small = convert(COLOR, "jpg:-"), png(2, 8, 0)[0]
         for data in [small[:33] + png_chunk(b"iCCP", b"linear\0\0" + zlib.compress(profile)) + small[33:],
                      jpeg[:2] + b"\xff\xe2" + struct.pack(">H", len(profile) + 16) + b"ICC_PROFILE\0\1\1" + profile + jpeg[2:]]:
             self.pixels(data)
@@ -269,7 +266,7 @@ class ToolPictures(ToolTest):
 
     def test_memory_of_hostile_and_of_large_pictures(self):
         own = peak("tiff", "in", "out.tif", cwd=self.dir)
-        COLOR_PNG = png(2, 8, 0, 0)[0]
+        COLOR_PNG = png(2, 8, 0)[0]
         blank = PNG_START + png_chunk(b"IHDR", struct.pack(">2I5B", 19000, 19000, 1, 0, 0, 0, 0))
         texts = png_chunk(b"zTXt", b"Comment\0\0" + zlib.compress(bytes(1 << 20))) * 500
         packed = zlib.compress(bytes(19000 * 2376), 9)
@@ -308,17 +305,14 @@ class ToolPictures(ToolTest):
         self.good("tiff in out.tif --depth float --max-memory 8K")
         self.refuse(jpeg_scans(101), "100 scans")
 
-    def check_brightness(self, name, values, black, not_finite, line="hdr --json "):
-        found, low, high = json.loads(self.good(line + name)), min(values), max(values)
+    def check_brightness(self, name, values, black, not_finite):
+        found = json.loads(self.good("hdr --json " + name))
+        self.assertEqual(floats(found.pop(key) for key in ("minimum", "maximum", "mean")),
+                         floats([min(values), max(values), sum(values) / len(values)]))
+        self.assertAlmostEqual(found.pop("stops"), math.log2(max(values) / min(values)))
         stops = [math.frexp(v)[1] - 1 for v in values]
-        wanted = {"file": name, "minimum": low, "maximum": high, "mean": sum(values) / len(values),
-                  "stops": math.log2(high / low), "black": black, "notFinite": not_finite, "firstStop": min(stops),
-                  "pixelsOfStops": [stops.count(n) for n in range(min(stops), max(stops) + 1)]}
-        for key, value in wanted.items():
-            (self.assertAlmostEqual if key == "stops" else self.assertEqual)(
-                *([floats([found[key], value][i:i + 1]) for i in (0, 1)] if key in ("minimum", "maximum", "mean") else
-                  [found[key], value]))
-        return wanted
+        self.assertEqual(found, {**found, "file": name, "black": black, "notFinite": not_finite, "firstStop": min(stops),
+                                 "pixelsOfStops": [stops.count(n) for n in range(min(stops), max(stops) + 1)]})
 
     def test_brightness_of_a_picture(self):
         values = [(19 * r + 183 * g + 54 * b >> 8) * 2.0 ** (e - 136) * (e > 0) for row in ROWS for r, g, b, e in row]
@@ -329,10 +323,9 @@ class ToolPictures(ToolTest):
         shown = struct.unpack("<65f", floats([v for v in numbers if 0 < v < 1e30]))
         self.files(pfm=pfm(numbers, "<"), exr=exr([[(0.5, 2.0, 8.0), (4.0, 4.0, 4.0), (0.5, -0.5, 0.0)]]))
         self.check_brightness("pfm", shown, 2, 2)
-        weighed = self.check_brightness("exr", [(19 * 0.5 + 183 * 2 + 54 * 8) / 256, 4.0], 1, 0)
         self.good("tiff exr exr.tif")
-        self.assertEqual(self.check_brightness("exr.tif", [(19 * 0.5 + 183 * 2 + 54 * 8) / 256, 4.0], 1, 0)["stops"],
-                         weighed["stops"])
+        for name in "exr", "exr.tif":
+            self.check_brightness(name, [(19 * 0.5 + 183 * 2 + 54 * 8) / 256, 4.0], 1, 0)
         self.bad("integers", "hdr ints")
         dark = json.loads(self.good("hdr --json dark"))
         self.assertEqual((dark["stops"], dark["black"], dark["pixelsOfStops"]), (None, W * H, []))
@@ -345,14 +338,8 @@ class ToolPictures(ToolTest):
         self.assertEqual((told[2], len(told)), ("  Not finite     2 pixels", 22))
         plot = (self.dir / "plot.png").read_bytes()
         self.assertEqual(run(LFMETA, "hdr", "pfm", "--plot", "-", cwd=self.dir), (0, plot, ""))
-        # The bars of the plot, in the middle of each stop's column, as long as they should be.
-        wanted = json.loads(self.good("hdr --json pfm"))["pixelsOfStops"]
-        columns = convert(plot, "-depth 8 rgb:-")
-        self.assertEqual(zlib.crc32(columns), 414028658)  # as it was when a person looked at it
-        for i, count in enumerate(wanted):
-            x = 90 + 840 * (2 * i + 1) // (2 * len(wanted))
-            blue = sum(columns[3 * (y * 960 + x):][:3] == bytes([46, 98, 148]) for y in range(540))
-            self.assertLessEqual(abs(blue - max(count > 0, round(400 * count / len(numbers)))), 1, (i, count))
+        self.assertEqual(zlib.crc32(convert(plot, "-depth 8 rgb:-")), 414028658)  # as it was when a person looked at it
+
 
 if __name__ == "__main__":
     unittest.main()

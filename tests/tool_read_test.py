@@ -29,31 +29,35 @@ TOLD_TEXT = """\
 """
 
 CUT = "is damaged, or ends before its structure does"
-FILLED = "  Notice       fill bytes stand between its segments: a Photoshop block is not read\n"
 NO_HEADER = "has EXIF data without a TIFF header"
 SIZE = ", 320 x 240 pixels"
 NO_EXIF = "{}\n  EXIF         no EXIF data\n"
-NOT_RGB = NO_EXIF.format("PSD" + SIZE) + "  Notice       its EXIF data is not read: it is not an RGB picture\n"
 ISO = tiff({}, {0x8827: 50})
+ISO_TOLD = "JPEG%s\n  Exposure     ISO 50\n" % SIZE
+FILLED = ISO_TOLD + "  Notice       fill bytes stand between its segments: a Photoshop block is not read\n"
+
+
+def unread(kind, why):
+    return NO_EXIF.format(kind + SIZE) + "  Notice       its EXIF data is not read: %s\n" % why
+
+
+NOT_RGB = unread("PSD", "it is not an RGB picture")
+NAMED = unread("PSD", "an image resource with a name stands before its EXIF data")
 # What a file is -> its exit status, the text below its name, and the message.
 OUTCOMES = {
     "without EXIF": (jpeg(), NO_EXIF.format("JPEG" + SIZE), None),
     "a PSD without EXIF": (psd(photos.resource(1, b"abc")), NO_EXIF.format("PSD" + SIZE), None),
     "a gray PSD without EXIF": (psd(channels=1, mode=1), NO_EXIF.format("PSD" + SIZE), None),
     "a TIFF without EXIF": (tiff({0x100: 7, 0x101: 5}), NO_EXIF.format("TIFF, 7 x 5 pixels"), None),
-    "fill bytes": (jpeg(app1(ISO), segment(0xFE, b"", 3)), "JPEG%s\n  Exposure     ISO 50\n%s" % (SIZE, FILLED), None),
-    "a fill byte": (jpeg(app1(ISO), segment(0xFE, bytes(254), 2)), "JPEG%s\n  Exposure     ISO 50\n%s" % (SIZE, FILLED), None),
-    "five fill bytes": (jpeg(app1(ISO, 5)), NO_EXIF.format("JPEG" + SIZE) + "  Notice       its EXIF data is not read: "
-                        "five fill bytes or more stand before its EXIF data\n", None),
-    "four fill bytes": (jpeg(app1(ISO, 4)), "JPEG%s\n  Exposure     ISO 50\n%s" % (SIZE, FILLED), None),
-    "XMP first": (jpeg(segment(0xE1, photos.XMP + photos.LENS), app1(ISO)), NO_EXIF.format("JPEG" + SIZE)
-                  + "  Notice       its EXIF data is not read: another APP1 segment stands before its EXIF data\n", None),
-    "a PSD with a name": (psd(photos.resource(1, b"", b"ab"), photos.resource(0x422, ISO)), NO_EXIF.format("PSD" + SIZE)
-                          + "  Notice       its EXIF data is not read: an image resource with a name stands before its "
-                          "EXIF data\n", None),
+    "fill bytes": (jpeg(app1(ISO), segment(0xFE, b"", 3)), FILLED, None),
+    "a fill byte": (jpeg(app1(ISO), segment(0xFE, bytes(254), 2)), FILLED, None),
+    "five fill bytes": (jpeg(app1(ISO, 5)), unread("JPEG", "five fill bytes or more stand before its EXIF data"), None),
+    "four fill bytes": (jpeg(app1(ISO, 4)), FILLED, None),
+    "XMP first": (jpeg(segment(0xE1, photos.XMP + photos.LENS), app1(ISO)),
+                  unread("JPEG", "another APP1 segment stands before its EXIF data"), None),
+    "a PSD with a name": (psd(photos.resource(1, b"", b"ab"), photos.resource(0x422, ISO)), NAMED, None),
     "a PSD of one channel": (psd(photos.resource(0x422, ISO), channels=1), NOT_RGB, None),
-    "EXIF and frame far behind": (jpeg(segment(0xFE, bytes(20000)), app1(ISO), segment(0xFE, bytes(20000))),
-                                  "JPEG%s\n  Exposure     ISO 50\n" % SIZE, None),
+    "EXIF and frame far behind": (jpeg(segment(0xFE, bytes(20000)), app1(ISO), segment(0xFE, bytes(20000))), ISO_TOLD, None),
     "a CMYK PSD": (psd(photos.resource(0x422, ISO), channels=4, mode=4), NOT_RGB, None),
     "a PSD without padding": (psd(photos.resource(1, b"abc")[:-1]), NO_EXIF.format("PSD" + SIZE), None),
     "a PSD cut in its data": (psd(photos.resource(1, bytes(99)))[:-60], None, CUT),

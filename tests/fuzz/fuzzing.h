@@ -4,7 +4,6 @@
 
 #include <sys/mman.h>
 
-#include <algorithm>
 #include <initializer_list>
 
 #include "support/tiff_records.h"

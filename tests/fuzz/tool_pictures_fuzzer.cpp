@@ -1,21 +1,19 @@
 // Pictures of all formats: what decodes keeps to the memory allowed, and goes to every depth.
+#include <zlib.h>
+
 #include "fuzzing.h"
 #include "pictures/brightness.h"
 #include "pictures/sample_depth.h"
 
 // A PNG picture's checksums are made right, so that what they cover is reached.
 static void repairChecksums(std::string& file) {
+  using namespace build;
   if (!file.starts_with("\x89PNG")) return;
   for (std::size_t at = 8; at + 12 <= file.size();) {
     std::size_t size = 0;
     for (std::size_t i = 0; i < 4; ++i) size = size << 8 | static_cast<uint8_t>(file[at + i]);
     if (size > file.size() - at - 12) return;
-    uint32_t sum = ~0U;
-    for (std::size_t i = at + 4; i < at + 8 + size; ++i) {
-      sum ^= static_cast<uint8_t>(file[i]);
-      for (int bit = 0; bit < 8; ++bit) sum = sum >> 1 ^ (sum % 2 == 0 ? 0 : 0xEDB88320);
-    }
-    for (std::size_t i = 0; i < 4; ++i) file[at + 8 + size + i] = static_cast<char>(~sum >> (24 - 8 * i));
+    file.replace(at + 8 + size, 4, u32(crc32(0, bytesAt(file) + at + 4, static_cast<uInt>(size + 4))));
     at += 12 + size;
   }
 }

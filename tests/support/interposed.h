@@ -46,17 +46,15 @@ inline void noteOpened(int descriptor) {
 
 }  // namespace interposed
 
+using namespace interposed;
+
 extern "C" {
 
 void* __real_calloc(size_t, size_t);
-void* __wrap_calloc(size_t count, size_t size) {
-  using namespace interposed;
-  return fails(kMemory) ? nullptr : hold(__real_calloc(count, size));
-}
+void* __wrap_calloc(size_t count, size_t size) { return fails(kMemory) ? nullptr : hold(__real_calloc(count, size)); }
 
 void* __real_realloc(void*, size_t);
 void* __wrap_realloc(void* memory, size_t size) {
-  using namespace interposed;
   if (fails(kMemory)) return nullptr;
   state.held -= malloc_usable_size(memory);
   return hold(__real_realloc(memory, size));
@@ -64,30 +62,29 @@ void* __wrap_realloc(void* memory, size_t size) {
 
 void __real_free(void*);
 void __wrap_free(void* memory) {
-  interposed::state.held -= malloc_usable_size(memory);
+  state.held -= malloc_usable_size(memory);
   __real_free(memory);
 }
 
 // A file that is opened needs memory, too.
 FILE* __real_fopen(const char*, const char*);
 FILE* __wrap_fopen(const char* path, const char* mode) {
-  if (interposed::fails(interposed::kMemory)) return nullptr;
+  if (fails(kMemory)) return nullptr;
   FILE* const file = __real_fopen(path, mode);
-  if (file != nullptr) interposed::noteOpened(::fileno(file));
+  if (file != nullptr) noteOpened(::fileno(file));
   return file;
 }
 
 int __real_open(const char*, int, ...);
 int __wrap_open(const char* path, int flags, ...) {
-  if (interposed::fails(interposed::kMemory)) return -1;
+  if (fails(kMemory)) return -1;
   const int descriptor = __real_open(path, flags);
-  interposed::noteOpened(descriptor);
+  noteOpened(descriptor);
   return descriptor;
 }
 
 ssize_t __real_pread(int, void*, size_t, off_t);
 ssize_t __wrap_pread(int descriptor, void* to, size_t size, off_t offset) {
-  using namespace interposed;
   ssize_t done = fails(kRead) ? -1 : __real_pread(descriptor, to, size, offset);
   if (done > 1 && fails(kWholeRead)) done /= 2;
   ++state.reads;
@@ -97,49 +94,49 @@ ssize_t __wrap_pread(int descriptor, void* to, size_t size, off_t offset) {
 
 off_t __real_lseek(int, off_t, int);
 off_t __wrap_lseek(int descriptor, off_t offset, int whence) {
-  return interposed::fails(interposed::kRead) ? -1 : __real_lseek(descriptor, offset, whence);
+  return fails(kRead) ? -1 : __real_lseek(descriptor, offset, whence);
 }
 
 size_t __real_fread(void*, size_t, size_t, FILE*);
 size_t __wrap_fread(void* to, size_t size, size_t count, FILE* file) {
-  const size_t done = interposed::fails(interposed::kRead) ? 0 : __real_fread(to, size, count, file);
-  ++interposed::state.reads;
-  interposed::state.bytesRead += size * done;
+  const size_t done = fails(kRead) ? 0 : __real_fread(to, size, count, file);
+  ++state.reads;
+  state.bytesRead += size * done;
   return done;
 }
 
 // A disk that becomes full takes half of the bytes.
 size_t __real_fwrite(const void*, size_t, size_t, FILE*);
 size_t __wrap_fwrite(const void* from, size_t size, size_t count, FILE* file) {
-  if (!interposed::fails(interposed::kWrite)) return __real_fwrite(from, size, count, file);
+  if (!fails(kWrite)) return __real_fwrite(from, size, count, file);
   __real_fwrite(from, 1, size * count / 2, file);
   return 0;
 }
 
 int __real_fseeko(FILE*, off_t, int);
 int __wrap_fseeko(FILE* file, off_t offset, int whence) {
-  return interposed::fails(interposed::kRead) ? -1 : __real_fseeko(file, offset, whence);
+  return fails(kRead) ? -1 : __real_fseeko(file, offset, whence);
 }
 
 int __real_fclose(FILE*);
-int __wrap_fclose(FILE* file) { return __real_fclose(file) | (interposed::fails(interposed::kWrite) ? EOF : 0); }
+int __wrap_fclose(FILE* file) { return __real_fclose(file) | (fails(kWrite) ? EOF : 0); }
 
 int __real_close(int);
-int __wrap_close(int descriptor) { return __real_close(descriptor) | (interposed::fails(interposed::kWrite) ? -1 : 0); }
+int __wrap_close(int descriptor) { return __real_close(descriptor) | (fails(kWrite) ? -1 : 0); }
 
 const void* __real_memchr(const void*, int, size_t);
 const void* __wrap_memchr(const void* from, int byte, size_t size) {
   const void* found = __real_memchr(from, byte, size);
   const auto passed = static_cast<const char*>(found) - static_cast<const char*>(from);
-  interposed::state.steps += found == nullptr ? size : static_cast<size_t>(passed);
+  state.steps += found == nullptr ? size : static_cast<size_t>(passed);
   return found;
 }
 
 int __real_memcmp(const void*, const void*, size_t);
 int __wrap_memcmp(const void* a, const void* b, size_t size) {
-  interposed::state.steps += size;
+  state.steps += size;
   return __real_memcmp(a, b, size);
 }
 
-void __sanitizer_cov_trace_pc() { ++interposed::state.steps; }
+void __sanitizer_cov_trace_pc() { ++state.steps; }
 }

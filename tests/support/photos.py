@@ -69,3 +69,14 @@ def psd(*resources, channels=3, mode=3):
     whole = b"".join(resources)
     return (b"8BPS\0\1" + bytes(6) + struct.pack(">HIIHHII", channels, 240, 320, 8, mode, 0, len(whole))
             + whole + bytes(4))
+
+
+def profile(space, tag, kind=b"mntr"):  # an ICC profile of one tag, its description
+    body = bytes(4) + b"lcms\2\x10\0\0" + kind + space + b"XYZ " + bytes(12) + b"acsp" + bytes(88) + struct.pack(
+        ">I4sII", 1, b"desc", 144, len(tag)) + tag
+    return struct.pack(">I", len(body)) + body[4:]
+
+
+def plain(text, utf16=""):
+    return b"desc" + struct.pack(">II", 0, len(text) + 1) + text + b"\0" + struct.pack(
+        ">II", 0, len(utf16) + 1) + (utf16 + "\0").encode("utf-16-be") + bytes(70)

@@ -2,8 +2,6 @@
 #pragma once
 
 #include <array>
-#include <string>
-#include <vector>
 
 #include "LumenforgeMetaLib.h"
 #include "support/builders.h"
