@@ -18,9 +18,8 @@ for number, line in enumerate(abi.splitlines()):
     elif line and not line.startswith("#") and not line.startswith("soname"):
         sys.exit(f"what is {line!r}?")
 for compiler in "cc -std=c99 -xc", "c++ -std=c++20 -xc++":
-    source = "\n".join(checks) if "c99" in compiler else 'extern "C" {\n%s\n}' % "\n".join(checks)
     subprocess.run(f"{compiler} -Wall -Wextra -Wpedantic -Werror -fsyntax-only".split() +
-                   ["-I", include, "-"], input=source, text=True, check=True)
+                   ["-I", include, "-"], input="\n".join(checks), text=True, check=True)
 
 functions = sorted(re.findall(r"(\w+)\(", abi))
 symbols = subprocess.run(["nm", "-D", "--defined-only", library], capture_output=True, text=True).stdout

@@ -110,6 +110,7 @@ TEST(ExifBlock, IsWrittenByteForByte) {
   // Arguments that are none of get_exif_count's: nothing is read or written beyond the bounds.
   EXPECT_EQ(r.block({.exifCount = 1, .exifDataSize = 7}, 1, 63).first, 63);
   EXPECT_EQ(r.block({.gpsCount = 1}, 1, 56).first, 56);
+  EXPECT_EQ(r.block({.makeLength = 1}, 1, 39).second[8], 2);  // entries
   EXPECT_EQ(
       r.block({.exifDataSize = 99, .gpsDataSize = 99, .modelLength = 100, .makeLength = -1}, 1, 138).second.substr(38),
       std::string(r.meta.model, 64) + std::string(36, '\0'));

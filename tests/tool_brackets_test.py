@@ -31,10 +31,6 @@ class Camera:
         self.clock += time + pause
         return path.name
 
-    def late(self, ev, bias):
-        self.clock += 2.0 ** ev / 60 - 0.25
-        return self.frame(ev, bias=bias, mode=2)
-
     def bracket(self, *evs, base=0, wait=0, **more):
         self.clock += wait
         more.setdefault("mode", 2)
@@ -81,7 +77,9 @@ class ToolBrackets(FolderTest):
             yield [camera.bracket(0, -2, 2), camera.bracket(-1, 1, exif={0x920A: (35, 1)})]  # zoomed meanwhile
             camera.bracket(0)
             camera.clock += 9  # a camera that notes the end of an exposure, which is 8.5 s
-            yield [[camera.frame(0, bias=0, mode=2), camera.late(9, 9)]]
+            first = camera.frame(0, bias=0, mode=2)
+            camera.clock += 2.0 ** 9 / 60 - 0.25
+            yield [[first, camera.frame(9, bias=9, mode=2)]]
             camera.clock = camera.clock // 1 + 0.63  # the second of three begins with the last frame of a second
             yield [camera.bracket(0, -4, 4, pause=0.02) for _ in range(3)]
             yield [camera.bracket(0, 1, 2)]

@@ -20,9 +20,7 @@ std::string bytesOf(const Record& record) {
 // Little-endian numbers of 16 or 32 bits.
 inline std::string numbers(int bits, const std::vector<uint32_t>& values) {
   std::string bytes;
-  for (const uint32_t value : values) {
-    bytes += bits == 16 ? u16(value, ByteOrder::little) : u32(value, ByteOrder::little);
-  }
+  for (const uint32_t value : values) bytes += number(value, bits / 8, ByteOrder::little);
   return bytes;
 }
 
