@@ -18,25 +18,20 @@ namespace bench {
 using namespace build;
 
 inline std::vector<Entry> cameraExif(const Tiff& t) {
-  return {t.fraction(0x829A, 1, 250),
-          t.fraction(0x829D, 56, 10),
-          t.shortEntry(0x8827, 400),
-          Tiff::text(0x9003, "2021:06:05 14:03:59"),
-          t.fraction(0x9201, 8, 1),
-          t.fraction(0x920A, 50, 1),
-          Entry{0x927C, 7, 12000, std::string(12000, 'm')},
-          t.fraction(0xA20E, 4000, 3),
-          t.shortEntry(0xA210, 3),
-          t.shortEntry(0xA405, 75)};
+  std::vector<Entry> entries = t.entries(
+      "829A=1/250; 829D=56/10; 8827=s400; 9003='2021:06:05 14:03:59'; 9201=8/1; 920A=50/1; "
+      "A20E=4000/3; A210=s3; A405=s75");
+  entries.insert(entries.begin() + 6, {0x927C, 7, 12000, std::string(12000, 'm')});
+  return entries;
 }
 
 inline std::string cameraTiff(const Tiff& t) {
-  return t.file({Tiff::text(0x010F, "NIKON CORPORATION"), Tiff::text(0x0110, "NIKON D850"),
-                 t.shortEntry(0x0112, 1), t.fraction(0x011A, 300, 1), t.fraction(0x011B, 300, 1)},
-                cameraExif(t),
-                {Entry{1, 2, 2, "N"}, t.fraction(2, 48, 1, 3), Entry{3, 2, 2, "E"},
-                 t.fraction(4, 7, 1, 3), t.fraction(6, 400, 1), t.fraction(7, 12, 1, 3)},
-                {t.longEntry(0x0201, 14000), t.longEntry(0x0202, 9000)});
+  return t.file(
+      t.entries("10F='NIKON CORPORATION'; 110='NIKON D850'; 112=s1; 11A=300/1; 11B=300/1"),
+      cameraExif(t),
+      t.entries("1=2#2'N'; 2=48/1,49/1,50/1; 3=2#2'E'; 4=7/1,8/1,9/1; 6=400/1; "
+                "7=12/1,13/1,14/1"),
+      t.entries("201=l14000; 202=l9000"));
 }
 
 struct Photo {
