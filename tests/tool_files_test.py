@@ -79,6 +79,9 @@ class ToolFiles(ToolTest):
         self.assertEqual([json.loads(line)["file"] for line in lines],
                          [text.decode(errors="replace") for text in raw])
         self.assertEqual([json.loads(line)["fileBytes"] is None for line in lines], [True] * (len(raw) - 1) + [False])
+        self.files(**{names[-1]: b"Pf 1 1 -1 \0\0\0?"})
+        done = subprocess.run([LFMETA, "hdr", "--json", names[-1]], cwd=self.dir, capture_output=True)
+        self.assertEqual(json.loads(done.stdout)["fileBytes"], json.loads(lines[-1])["fileBytes"])
         for character, line in zip(escaped, lines[1:]):
             self.assertTrue(line.lower().startswith(b'{"file":' + json.dumps(character).encode()), line)
 

@@ -10,6 +10,7 @@
 #include <cstdio>
 
 #include "base/characters.h"
+#include "base/json_text.h"
 
 namespace lfmeta {
 
@@ -88,6 +89,14 @@ Json jsonNumber(float value) {
   double number = 0;
   std::from_chars(text.data(), end, number);
   return number;
+}
+
+Json textOrNull(const std::string& text) {
+  return text.empty() ? Json() : Json(text);
+}
+
+Json jsonOfFile(const std::string& path) {
+  return {{"file", path}, {"fileBytes", textOrNull(bytesOfName(path))}};
 }
 
 }  // namespace lfmeta

@@ -29,6 +29,12 @@ std::string jsonLine(const Json& value);
 // The float as JSON shows it best: the shortest decimal that reads back as the same float.
 Json jsonNumber(float value);
 
+// Null for an empty text.
+Json textOrNull(const std::string& text);
+
+// What every object about a file begins with: its name, and the name's bytes where it is not UTF-8.
+Json jsonOfFile(const std::string& path);
+
 // A text in a fixed array, up to its NUL.
 template <std::size_t size>
 std::string_view textOf(const char (&text)[size]) {

@@ -122,10 +122,6 @@ std::string describe(const BracketSet& set, std::size_t number) {
   return text;
 }
 
-Json textOrNull(const std::string& text) {
-  return text.empty() ? Json() : Json(text);
-}
-
 Json numberOrNull(float number) {
   return number > 0 ? jsonNumber(number) : Json();
 }
@@ -136,15 +132,14 @@ std::string describeAsJson(const BracketSet& set, std::size_t number) {
   Json frames = Json::array();
   for (std::size_t i = 0; i < set.frames.size(); ++i) {
     const Shot& frame = *set.frames[i];
-    frames.push_back(
-        {{"file", frame.file},
-         {"fileBytes", textOrNull(bytesOfName(frame.file))},
-         {"ev", set.ev[i] + 0.0},
-         {"exposureTime", jsonNumber(frame.exposureTime)},
-         {"exposureText", exposureText(frame.exposureTime)},
-         {"fNumber", numberOrNull(frame.fNumber)},
-         {"iso", frame.iso > 0 ? Json(frame.iso) : Json()},
-         {"exposureBias", frame.exposureBias ? jsonNumber(*frame.exposureBias) : Json()}});
+    Json told = jsonOfFile(frame.file);
+    told.update({{"ev", set.ev[i] + 0.0},
+                 {"exposureTime", jsonNumber(frame.exposureTime)},
+                 {"exposureText", exposureText(frame.exposureTime)},
+                 {"fNumber", numberOrNull(frame.fNumber)},
+                 {"iso", frame.iso > 0 ? Json(frame.iso) : Json()},
+                 {"exposureBias", frame.exposureBias ? jsonNumber(*frame.exposureBias) : Json()}});
+    frames.push_back(std::move(told));
   }
   return jsonLine({{"set", number},
                    {"count", set.frames.size()},

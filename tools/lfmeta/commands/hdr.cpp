@@ -37,17 +37,17 @@ Brightness measure(const PictureOptions& picture) {
 void printJson(const std::string& path, const Brightness& found) {
   const bool black = found.isBlack();
   const std::span<const uint64_t> counts = found.stops.counts();
-  const Json all{{"file", path},
-                 {"width", found.width},
-                 {"height", found.height},
-                 {"minimum", black ? Json() : jsonNumber(found.minimum)},
-                 {"maximum", jsonNumber(found.maximum)},
-                 {"mean", jsonNumber(found.mean)},
-                 {"stops", black ? Json() : Json(found.range())},
-                 {"black", found.black},
-                 {"notFinite", found.notFinite},
-                 {"firstStop", black ? Json() : Json(found.stops.first())},
-                 {"pixelsOfStops", Json(std::vector<uint64_t>(counts.begin(), counts.end()))}};
+  Json all = jsonOfFile(path);
+  all.update({{"width", found.width},
+              {"height", found.height},
+              {"minimum", black ? Json() : jsonNumber(found.minimum)},
+              {"maximum", jsonNumber(found.maximum)},
+              {"mean", jsonNumber(found.mean)},
+              {"stops", black ? Json() : Json(found.range())},
+              {"black", found.black},
+              {"notFinite", found.notFinite},
+              {"firstStop", black ? Json() : Json(found.stops.first())},
+              {"pixelsOfStops", Json(std::vector<uint64_t>(counts.begin(), counts.end()))}});
   std::printf("%s\n", jsonLine(all).c_str());
 }
 

@@ -28,7 +28,8 @@ std::string trimmed(std::string_view letters) {
 void showProfile(const std::string& file, bool asJson) {
   const std::optional<IccProfile> profile = readTiffProfile(file);
   if (asJson) {
-    Json all{{"file", file}, {"profile", nullptr}};
+    Json all = jsonOfFile(file);
+    all["profile"] = nullptr;
     if (profile) {
       all["profile"] = {{"description", profile->description()},
                         {"version", profile->version()},

@@ -92,10 +92,12 @@ void showOne(const std::string& path, const Options& options) {
   if (options.json) {
     Json values = Json::object();
     for (const Setting& setting : found.settings) values[setting.element] = valueOf(setting.text);
-    const Json all{
-        {"file", path},         {"number", found.number > 0 ? Json(found.number) : Json()},
-        {"sets", found.sets},   {"method", found.method},
-        {"methodName", method}, {"settings", values}};
+    Json all = jsonOfFile(path);
+    all.update({{"number", found.number > 0 ? Json(found.number) : Json()},
+                {"sets", found.sets},
+                {"method", found.method},
+                {"methodName", method},
+                {"settings", values}});
     std::printf("%s\n", jsonLine(all).c_str());
     return;
   }

@@ -71,7 +71,8 @@ void requireMemory(uint64_t needed, uint64_t allowed) {
   constexpr uint64_t kMebi = uint64_t{1} << 20;
   if (needed <= allowed) return;
   throw std::runtime_error("needs " + std::to_string((needed - 1) / kMebi + 1) +
-                           " MiB for its pixels, and " + std::to_string(allowed / kMebi) +
+                           " MiB for its pixels, and " +
+                           (allowed < kMebi ? "less than 1" : std::to_string(allowed / kMebi)) +
                            " MiB are allowed for this file; --max-memory allows more");
 }
 
