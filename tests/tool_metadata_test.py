@@ -1,7 +1,7 @@
 """lfmeta tiff --like, exif and icc: metadata into finished files. Judges are ExifTool and libtiff's tools."""
 import json, struct, subprocess, unittest
 
-from support.photos import plain, profile
+from support.photos import plain, profile, tiff
 from support.tool import *
 
 UPWARD = b"#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n+Y %d +X %d\n" % (H, W) + b"".join(
@@ -47,6 +47,9 @@ class ToolMetadata(ToolTest):
             self.assertEqual((self.run_line("convert -quiet %s rgb:-" % file)[1], self.run_line("tiffinfo " + file)[0]),
                              (pixels, 0))
         self.assertIn("Lake \U0001d11e", self.good("icc msb.tif"))
+        self.files(short=tiff({0x106: 2, 0x8773: (7, 14, b"x" * 14)}))  # which ends within its class
+        told = json.loads(self.good("icc --json short"))["profile"]
+        self.assertEqual([*told.values()], ["", "120.7.8", "", "", 14])
         for expected, line in [
                 ("is no ICC profile", "icc rgb.tif gray.tif --set readme"), ("cut short", "icc rgb.tif --set cut"),
                 ("other bytes", "icc rgb.tif --set tail"), ("a class", "icc rgb.tif --set link"),
