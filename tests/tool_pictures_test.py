@@ -55,18 +55,18 @@ def png(kind, depth, transparent):
 
 
 # Scanlines without packing. Values are a row's pixels, each with a value for each channel.
-def exr(rows, channels="RGB", code="e", density=None, colors=None, window=(-3, 7), sampling=1, pixel_type=None):
+def exr(rows, channels="RGB", code="e", density=None, colors=None, window=(-3, 7), sampling=(1, 1), pixel_type=None):
     def attribute(name, kind, value):
         return name + b"\0" + kind + b"\0" + struct.pack("<I", len(value)) + value
     order = sorted(range(len(channels)), key=lambda c: channels[c])
     listed = b"".join(channels[c].encode() + b"\0" + struct.pack("<4I", pixel_type if pixel_type is not None else 1 + (
-        code == "f"), 0, sampling, sampling) for c in order)
+        code == "f"), 0, *sampling) for c in order)
     box = struct.pack("<4i", *window, window[0] + len(rows[0]) - 1, window[1] + len(rows) - 1)
     one = struct.pack("<f", 1)
     data = struct.pack("<2I", 20000630, 2) + b"".join(attribute(*all) for all in [
         (b"channels", b"chlist", listed + b"\0"), (b"compression", b"compression", b"\0"), (b"dataWindow", b"box2i", box),
         (b"displayWindow", b"box2i", box), (b"lineOrder", b"lineOrder", b"\0"), (b"pixelAspectRatio", b"float", one),
-        (b"screenWindowCenter", b"v2f", bytes(8)), (b"screenWindowWidth", b"float", one)])
+        (b"screenWindowCenter", b"v2f", bytes(8)), (b"screenWindowWidth", b"float", one), (b"comments", b"string", b"c" * 300)])
     if colors: data += attribute(b"chromaticities", b"chromaticities", struct.pack("<8f", *colors))
     if density: data += attribute(b"xDensity", b"float", struct.pack("<f", density))
     data += b"\0"
@@ -142,7 +142,7 @@ class ToolPictures(ToolTest):
                 (PIXELS, LINEAR), (PLANES, LINEAR), (pfm([0, 1, 7], ">"), floats([0, 1, 7])),
                 (radiance([b"\4\5\6\x88\1\1\1\x57\1\1\1\2\7\5\6\x88\1\1\1\1"], (1, 602)),
                  floats([4, 5, 6] * 600 + [7, 5, 6] * 2)),
-                (b"P1 3 2 # c\n010 101", b"\xff\0\xff\0\xff\0"), (b"P4 9 1 \x41\x7f", b"\xff\0" + 5 * b"\xff" + b"\0\xff"),
+                (b"P1 3 2 # c\n010 101", b"\xff\0\xff\0\xff\0"), (b"P4 9 1 \x41\xff", b"\xff\0" + 5 * b"\xff" + b"\0\0"),
                 (b"P4 8 2 \0\xff", 8 * b"\xff" + bytes(8)), (pam.replace(b"DEPTH 4", b"DEPTH 2").replace(b"H 134", b"H 268"),
                                                            convert(COLOR, "rgba:-")[::2]),
                 (run_lengths(8), floats([p * 2.0 ** -7 for p in 8 * [1, 2, 3]])),
@@ -216,8 +216,9 @@ class ToolPictures(ToolTest):
                          floats(struct.unpack("<e", struct.pack("<e", *v))[0] for v in special))
         for data, word in [(exr(gray, "Z"), "no channels"), (exr(rows, ["Y", "RY", "BY"]), "differences"),
                            (exr([[(1, 1, 1)]], code="I", pixel_type=0), "integer"),
-                           (exr([[(0, 0, 0)] * 4] * 2, sampling=2, window=(0, 0)), "fewer samples"),
-                           (exr([[(0, 0, 0)] * 200000], code="f")[:600], "MiB"),
+                           *[(exr([[(0, 0, 0)] * 4] * 2, sampling=sampling, window=(0, 0)), "fewer samples")
+                             for sampling in [(2, 1), (1, 2)]],
+                           (exr([[(0, 0, 0)] * 200000], code="f")[:1000], "MiB"),
                            *[(exr(gray, "Y").replace(*change, 1), "header is damaged") for change in [
                                (b"compression\0\1", b"compression\0\2"), (b"v2f\0\x08", b"str\0\x08\xff\xff"),
                                (b"v2f\0\x08\0\0\0" + bytes(8), b"string\0\0\0\0\x40"), (b"Y\0\1", b"Y\7\1"),
