@@ -301,7 +301,7 @@ class ToolPictures(ToolTest):
                 (PIXELS.replace(b" 134\n", b" 999999999\n"),), (PIXELS.replace(b"-Y 5", b"-Y 99999999"), "MiB")]:
             self.refuse(data, *word)
             self.refuse(data, line="hdr in")
-        for line in ["--max-memory 1K", "--max-memory 2K --depth float"]:
+        for line in ["--max-memory 1K", "--max-memory 900", "--max-memory 2K --depth float"]:
             self.refuse(COLOR, "--max-memory", "tiff in out.tif " + line)
         self.good("tiff in out.tif --depth float --max-memory 8K")
         self.refuse(jpeg_scans(101), "100 scans")

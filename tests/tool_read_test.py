@@ -143,7 +143,8 @@ class ToolRead(FolderTest):
         described = ", ".join("abcdefg") + ", 1/125s, R60 G60 B60"
         for first, exif, name, value in [
                 ({0x10F: "m" * 5000}, {}, "make", "m" * 255), ({0x10F: 7}, {}, "make", None),
-                ({0x10F: "abc"}, {}, "make", "abc"), ({0x100: 70000}, {}, "width", 70000), ({0x101: 5}, {}, "height", 5),
+                ({0x10F: "abc"}, {}, "make", "abc"), ({0x10F: "Sony"}, {}, "make", "Sony"),
+                ({0x100: 70000}, {}, "width", 70000), ({0x101: 5}, {}, "height", 5),
                 ({0x112: (4, 1, b"\6\0\0\0")}, {}, "notices", None), ({}, {0x829A: (1, 2)}, "exposureText", "0.5"),
                 ({}, {0x9204: (5, 0)}, "exposureBias", None), ({}, {0x829A: (0, 1), 0x9201: (8, 1)}, "notices", [
                     "the exposure time is computed from the shutter speed value"]),
