@@ -150,14 +150,15 @@ class ToolBrackets(FolderTest):
         self.assertEqual(told["frames"][1], {
             "file": "./IMG_0002.jpg", "fileBytes": None, "ev": -2, "exposureTime": 0.004167, "exposureText": "1/240",
             "fNumber": 8, "iso": 100, "exposureBias": -2})
-        self.assertEqual(run(LFMETA, "brackets", ".", "missing", cwd=self.dir), (1, b"""\
+        self.assertEqual(run(LFMETA, "brackets", ".", "missing", "notes", "undated.jpg", cwd=self.dir), (1, b"""\
 Set 1: 3 frames from 2021:06:05 10:00:00.00, steps of 2, 1.67 EV, gaps of 0.253, 0.246 s
   Alpenglow M2, 16-35mm
   0 EV      1/60 s, f/8, ISO 100      ./IMG_0001.jpg
   -2 EV     1/240 s, f/8, ISO 100     ./IMG_0002.jpg
   +1.67 EV  1/19 s, f/8, ISO 100      ./IMG_0003.jpg
-1 set of 3 photographs; 3 in none, 2 of them without capture or exposure time
-""", "lfmeta: missing: cannot be opened: No such file or directory\n"))
+1 set of 3 photographs; 4 in none, 3 of them without capture or exposure time
+""", "lfmeta: missing: cannot be opened: No such file or directory\n"
+            "lfmeta: notes: is no JPEG, TIFF or PSD image\n"))
         self.assertEqual(self.told(".", "--gap", 0.1), [])
 
 
