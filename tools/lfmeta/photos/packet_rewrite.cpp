@@ -6,6 +6,7 @@
 
 #include "base/failure.h"
 #include "base/replacement_file.h"
+#include "photos/jpeg_markers.h"
 #include "photos/packet_edit.h"
 #include "photos/photo_file.h"
 #include "photos/tiff_rewrite.h"
@@ -16,10 +17,6 @@ namespace lfmeta {
 namespace {
 
 using namespace std::string_view_literals;
-
-constexpr unsigned char kApp0 = 0xE0;
-constexpr unsigned char kApp1 = 0xE1;
-constexpr unsigned char kApp2 = 0xE2;
 
 // The bytes of the file that the packet's segment takes the place of; none of them when the JPEG
 // has no packet.

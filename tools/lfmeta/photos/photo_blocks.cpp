@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/failure.h"
+#include "photos/jpeg_markers.h"
 #include "photos/tiff_structure.h"
 
 namespace lfmeta {
@@ -13,10 +14,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr unsigned char kApp1 = 0xE1;
-constexpr unsigned char kApp13 = 0xED;
-constexpr unsigned char kEndOfImage = 0xD9;
-constexpr unsigned char kStartOfScan = 0xDA;
 constexpr std::size_t kMostSegments = 65536;  // pictures have tens of them
 
 uint32_t big(std::span<const unsigned char> bytes) {

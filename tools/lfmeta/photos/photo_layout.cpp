@@ -4,6 +4,8 @@
 #include <span>
 #include <string_view>
 
+#include "photos/jpeg_markers.h"
+
 namespace lfmeta {
 
 namespace {
@@ -62,7 +64,7 @@ PhotoLayout jpegLayout(PhotoFile& file) {
     const unsigned char code = marker->code;
     layout.fillBytes |= marker->fillBytes > 1;
     manyFillBytes |= marker->fillBytes > kFillBytesRead;
-    if (code == 0xD9 || code == 0xDA) {
+    if (code == kEndOfImage || code == kStartOfScan) {
       layout.sound = true;
       return layout;
     }
@@ -76,7 +78,7 @@ PhotoLayout jpegLayout(PhotoFile& file) {
         layout.height = big(frame.subspan(3, 2));
         layout.width = big(frame.subspan(5, 2));
       }
-    } else if (code == 0xE1 && !layout.exif) {
+    } else if (code == kApp1 && !layout.exif) {
       if (begins(file.view(offset + 2, kExif.size()), kExif)) {
         layout.exif = offset + 2 + kExif.size();
         if (manyFillBytes) layout.notRead = "five fill bytes or more stand before its EXIF data";
