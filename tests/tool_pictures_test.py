@@ -189,6 +189,9 @@ class ToolPictures(ToolTest):
             written = self.pixels(RAMP, "tiff in out.tif --depth " + depth)
             self.assertEqual(self.run_line("tiffcp %s out.tif copied.tif" % how)[0], 0)
             self.assertEqual(self.pixels((self.dir / "copied.tif").read_bytes()), written, (depth, how))
+        floating = "-depth 32 -define quantum:format=floating-point"
+        opaque = self.pixels(tiff(floating))
+        self.assertEqual((len(opaque), self.pixels(tiff(floating + " -alpha on"))), (12 * W * H, opaque))
         shared = bytes(range(250)) * 4
         self.assertEqual(self.pixels(tiff_strips(1000, [0, 0], [500, 500], 4, [0x1234 * i for i in range(12)] + 36 * [0x5678],
                                                  shared)), b"".join(
