@@ -1,5 +1,5 @@
 """lfmeta settings: written, inserted, edited, shown, counted and listed. ExifTool judges changed photographs."""
-import json, struct, unittest
+import json, struct, subprocess, unittest
 
 from support.photos import XMP, segment
 from support.tool import *
@@ -50,6 +50,14 @@ class ToolSettings(ToolTest):
         self.assertEqual(run(LFMETA, *"settings edit --set Boost=9 padded.jpg in big.tif".split(), cwd=self.dir)[0], 1)
         for line in self.good("settings show --json padded.jpg big.tif").splitlines():
             self.assertEqual(json.loads(line)["settings"]["Boost"], 9)
+
+    def test_changes_at_the_same_time_follow_each_other(self):
+        self.good("settings write packet --method 14")
+        self.run_line("convert in little.tif")
+        for name, sets in [("packet", 13), ("photo.jpg", 13), ("little.tif", 12)]:
+            many = [subprocess.Popen([LFMETA, "settings", "insert", self.dir / name, "--method", "14"]) for _ in range(12)]
+            self.assertEqual([one.wait() for one in many], [0] * 12)
+            self.assertEqual(self.good("settings count " + name), "%d\n" % sets)
 
     def test_edits_what_another_program_has_sorted(self):
         self.run_line("exiftool -q -overwrite_original -XMP-dc:Title=Lake photo.jpg")

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "base/failure.h"
+#include "base/locked_file.h"
 #include "base/replacement_file.h"
 #include "commands/settings_vocabulary.h"
 #include "photos/packet_edit.h"
@@ -15,13 +16,16 @@ namespace lfmeta {
 
 namespace {
 
-// A packet that can be changed, as it stands in the file.
+// A packet that can be changed, as it stands in the file. The file is locked from before it is read
+// until the change is done, so that none of several changes at once is lost.
 struct EditedPacket {
+  LockedFile file;
   Bytes text;
   PacketOutline outline;
   std::vector<SettingsSet> sets;
 
-  EditedPacket(const std::string& path, Bytes packet) : text(std::move(packet)) {
+  explicit EditedPacket(const std::string& path) : file(path), text(packetOf(path)) {
+    if (text.empty() && findPhotoType(path)) text = newPacket();
     auto found = outlineOf(text);
     if (!found) {
       throw Failure(path,
@@ -32,17 +36,15 @@ struct EditedPacket {
     sets = settingsSets(outline);
   }
 
+  void apply(std::vector<PacketEdit> edits) const {
+    replacePacketOf(file, edited(text, std::move(edits)));
+  }
+
   bool has(int number) const {
     return std::any_of(sets.begin(), sets.end(),
                        [number](const SettingsSet& set) { return set.number == number; });
   }
 };
-
-EditedPacket readPacketToEdit(const std::string& path) {
-  Bytes packet = packetOf(path);
-  const bool none = packet.empty() && findPhotoType(path);
-  return {path, none ? newPacket() : std::move(packet)};
-}
 
 int nextNumber(const std::string& path, const EditedPacket& packet) {
   int highest = 0;
@@ -81,7 +83,7 @@ int readSet(const std::string& path, const EditedPacket& packet,
 }
 
 void putInPhoto(const std::string& path, int method, const float* params) {
-  const EditedPacket packet = readPacketToEdit(path);
+  const EditedPacket packet(path);
   std::vector<PacketEdit> edits{
       insertFirst(packet.text, packet.outline, settingsBlock(method, params))};
   for (const SettingsSet& set : packet.sets) {
@@ -90,7 +92,7 @@ void putInPhoto(const std::string& path, int method, const float* params) {
       edits.push_back(std::move(edit));
     }
   }
-  replacePacketOf(path, edited(packet.text, std::move(edits)));
+  packet.apply(std::move(edits));
 }
 
 }  // namespace
@@ -112,26 +114,26 @@ void insertSettings(const std::string& path, const SettingsOptions& settings,
                     std::optional<int> number) {
   SettingsParams params{};
   const int method = settings.read(params);
-  const EditedPacket packet = readPacketToEdit(path);
+  const EditedPacket packet(path);
   const int ownNumber = number.value_or(0) > 0 ? *number : nextNumber(path, packet);
   if (packet.has(ownNumber)) {
     throw Failure(path, "holds a set " + std::to_string(ownNumber) +
                             " of settings already; settings edit changes it");
   }
   const std::string block = settingsBlock(method, params, ownNumber);
-  replacePacketOf(path, edited(packet.text, {insertFirst(packet.text, packet.outline, block)}));
+  packet.apply({insertFirst(packet.text, packet.outline, block)});
 }
 
 void editSettings(const std::string& path, const std::vector<std::string>& assignments,
                   std::optional<int> number) {
-  const EditedPacket packet = readPacketToEdit(path);
+  const EditedPacket packet(path);
   const SettingsSet& set = chooseSet(path, packet, number);
   const PacketDescription& description = packet.outline.descriptions[set.description];
   SettingsParams params{};
   const int method = readSet(path, packet, description, params);
   assignSettings(findMethod(std::to_string(method)), assignments, params);
   const std::string block = settingsBlock(method, params, set.number);
-  replacePacketOf(path, edited(packet.text, replaceSettings(packet.text, description, block)));
+  packet.apply(replaceSettings(packet.text, description, block));
 }
 
 }  // namespace lfmeta

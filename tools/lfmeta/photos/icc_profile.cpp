@@ -176,6 +176,7 @@ std::optional<IccProfile> readTiffProfile(const std::string& path) {
 
 void setTiffProfile(const std::string& path, const IccProfile& profile,
                     const std::string& profilePath) {
+  const LockedFile file(path);
   if (const auto tiff = TiffStructure::at(path)) {
     const auto directory = tiff->directory(tiff->firstDirectory());
     const TiffEntry* entry = directory ? findEntry(*directory, kPhotometricTag) : nullptr;
@@ -190,7 +191,7 @@ void setTiffProfile(const std::string& path, const IccProfile& profile,
       }
     }
   }
-  setTiffEntry(path, kProfileTag, kUndefined, profile.bytes);
+  setTiffEntry(file, kProfileTag, kUndefined, profile.bytes);
 }
 
 }  // namespace lfmeta

@@ -8,6 +8,7 @@
 #include "base/replacement_file.h"
 #include "photos/jpeg_markers.h"
 #include "photos/packet_edit.h"
+#include "photos/photo_blocks.h"
 #include "photos/photo_file.h"
 #include "photos/tiff_rewrite.h"
 #include "photos/tiff_structure.h"
@@ -93,31 +94,26 @@ bool isPlainTiff(const std::string& path) {
   return has(kImageWidth) && (!has(kSubDirectories) || has(kDngVersion));
 }
 
-void replaceInTiff(const std::string& path, Bytes packet) {
+void replaceInTiff(const LockedFile& file, Bytes packet) {
   constexpr uint16_t kXmpTag = 700;
   constexpr uint16_t kByte = 1;
-  if (!isPlainTiff(path)) {
-    throw Failure(path,
+  if (!isPlainTiff(file.path())) {
+    throw Failure(file.path(),
                   "is no TIFF picture that is changed (a raw photograph, a BigTIFF or damaged); "
                   "write a file of XMP beside it");
   }
-  const PhotoBlocks blocks = findBlocks(path, PhotoType::tiff);
+  const PhotoBlocks blocks = findBlocks(file.path(), PhotoType::tiff);
   refitPadding(packet, blocks.xmp ? blocks.xmp->size : 0, kMaxLibrarySize);
-  setTiffEntry(path, kXmpTag, kByte, packet);
+  setTiffEntry(file, kXmpTag, kByte, packet);
+}
+
+void replaceText(const std::string& path, const Bytes& packet) {
+  ReplacementFile file(path);
+  file.write(packet);
+  file.commit();
 }
 
 }  // namespace
-
-void replacePacket(const std::string& path, PhotoType type, Bytes packet) {
-  switch (type) {
-    case PhotoType::jpeg:
-      return replaceInJpeg(path, std::move(packet));
-    case PhotoType::tiff:
-      return replaceInTiff(path, std::move(packet));
-    case PhotoType::psd:
-      throw Failure(path, "is a PSD, which is only read; write a file of XMP beside it");
-  }
-}
 
 bool takesPacket(const std::string& path) {
   const auto type = findPhotoType(path);
@@ -129,11 +125,17 @@ Bytes packetOf(const std::string& path) {
   return type ? readPacket(path, findBlocks(path, *type)) : readForLibrary(path);
 }
 
-void replacePacketOf(const std::string& path, Bytes packet) {
-  if (const auto type = findPhotoType(path)) return replacePacket(path, *type, std::move(packet));
-  ReplacementFile file(path);
-  file.write(packet);
-  file.commit();
+void replacePacketOf(const LockedFile& file, Bytes packet) {
+  const auto type = findPhotoType(file.path());
+  if (!type) return replaceText(file.path(), packet);
+  switch (*type) {
+    case PhotoType::jpeg:
+      return replaceInJpeg(file.path(), std::move(packet));
+    case PhotoType::tiff:
+      return replaceInTiff(file, std::move(packet));
+    case PhotoType::psd:
+      throw Failure(file.path(), "is a PSD, which is only read; write a file of XMP beside it");
+  }
 }
 
 }  // namespace lfmeta

@@ -1,15 +1,8 @@
 #include "photos/tiff_rewrite.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <limits>
-#include <optional>
 
 #include "base/failure.h"
 #include "photos/tiff_structure.h"
@@ -17,84 +10,6 @@
 namespace lfmeta {
 
 namespace {
-
-// The file, open and locked: it is the one at its path until it is closed.
-class LockedFile {
- public:
-  explicit LockedFile(const std::string& path) : path_(path) {
-    if (path == "-") throw Failure(path, "cannot be changed in place; name a file");
-    do {
-      closeOnce();
-      descriptor_ = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-      if (descriptor_ < 0) fail("cannot be changed");
-      if (fstat(descriptor_, &status_) != 0 || !S_ISREG(status_.st_mode)) {
-        closeOnce();
-        throw Failure(path, "is not a regular file");
-      }
-      while (flock(descriptor_, LOCK_EX) != 0) {
-        if (errno != EINTR) fail("cannot be locked");
-      }
-    } while (!isAtItsPath());  // replaced while another held the lock
-  }
-  ~LockedFile() { closeOnce(); }
-  LockedFile(const LockedFile&) = delete;
-  LockedFile& operator=(const LockedFile&) = delete;
-
-  uint64_t size() const { return static_cast<uint64_t>(status_.st_size); }
-  // By which the open file is read, whatever becomes of its name.
-  std::string descriptorPath() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
-
-  void write(uint64_t offset, std::span<const unsigned char> bytes) const {
-    while (!bytes.empty()) {
-      const ssize_t now =
-          pwrite(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-      if (now < 0 && errno == EINTR) continue;
-      if (now <= 0) takeBackAndFail();
-      bytes = bytes.subspan(static_cast<std::size_t>(now));
-      offset += static_cast<uint64_t>(now);
-    }
-  }
-  void flush() const {
-    if (fsync(descriptor_) != 0) takeBackAndFail();
-  }
-  // What is in use can no longer be taken back.
-  void flushForGood() const {
-    if (fsync(descriptor_) != 0) {
-      throw Failure(
-          path_, std::string("is changed, but perhaps not on the disk: ") + std::strerror(errno));
-    }
-  }
-
- private:
-  bool isAtItsPath() {
-    struct stat there {};
-    return fstat(descriptor_, &status_) == 0 && stat(path_.c_str(), &there) == 0 &&
-           there.st_ino == status_.st_ino && there.st_dev == status_.st_dev;
-  }
-
-  [[noreturn]] void fail(const char* what) {
-    const int reason = errno;
-    closeOnce();
-    throw Failure(path_, std::string(what) + ": " + std::strerror(reason));
-  }
-
-  [[noreturn]] void takeBackAndFail() const {
-    const int reason = errno;
-    if (ftruncate(descriptor_, status_.st_size) != 0) { /* what was appended is used by nobody */
-    }
-    throw Failure(path_,
-                  std::string("cannot be changed and is as it was: ") + std::strerror(reason));
-  }
-
-  void closeOnce() {
-    if (descriptor_ >= 0) close(descriptor_);
-    descriptor_ = -1;
-  }
-
-  std::string path_;
-  int descriptor_ = -1;
-  struct stat status_ {};
-};
 
 // In the place of the entry of its tag, else where its tag belongs.
 void putEntry(std::vector<TiffEntry>& entries, const TiffEntry& entry) {
@@ -124,23 +39,24 @@ void appendDirectory(const TiffStructure& tiff, const TiffDirectory& directory, 
   append(directory.next, 4);
 }
 
-[[noreturn]] void refuse(const std::string& path, const LockedFile& file) {
-  const Bytes start = readRegion(file.descriptorPath(), 0, 4);
+[[noreturn]] void refuse(const LockedFile& file) {
+  const Bytes start = readRegion(file.pathToOpen(), 0, 4);
   const bool big = !start.empty() && (std::memcmp(start.data(), "II+\0", 4) == 0 ||
                                       std::memcmp(start.data(), "MM\0+", 4) == 0);
   throw Failure(
-      path,
+      file.path(),
       big ? "is a BigTIFF file (64-bit offsets); only TIFF files of 32-bit offsets can be changed"
           : "is no TIFF file; nothing is changed");
 }
 
 }  // namespace
 
-void setTiffEntry(const std::string& path, uint16_t tag, uint16_t type,
+void setTiffEntry(const LockedFile& file, uint16_t tag, uint16_t type,
                   std::span<const unsigned char> value) {
-  const LockedFile file(path);
-  const auto tiff = TiffStructure::at(file.descriptorPath());
-  if (!tiff) refuse(path, file);
+  const std::string& path = file.path();
+  if (path == "-") throw Failure(path, "cannot be changed in place; name a file");
+  const auto tiff = TiffStructure::at(file.pathToOpen());
+  if (!tiff) refuse(file);
   auto directory = tiff->directory(tiff->firstDirectory());
   if (!directory) throw Failure(path, "has a damaged directory; nothing is changed");
 

@@ -3,7 +3,8 @@
 
 #include <cstdint>
 #include <span>
-#include <string>
+
+#include "base/locked_file.h"
 
 namespace lfmeta {
 
@@ -13,9 +14,8 @@ namespace lfmeta {
 // The value and a new copy of the directory are appended and brought to the disk; then the four
 // bytes of the header that point at the directory are changed. Whoever reads, and whatever
 // interrupts, finds the old value or the new one; all other bytes stay where they are. The old
-// value and directory stay in the file, unused. Calls at the same time, of other processes too,
-// wait for each other. Throws Failure with the file as it was.
-void setTiffEntry(const std::string& path, uint16_t tag, uint16_t type,
+// value and directory stay in the file, unused. Throws Failure with the file as it was.
+void setTiffEntry(const LockedFile& file, uint16_t tag, uint16_t type,
                   std::span<const unsigned char> value);
 
 }  // namespace lfmeta
