@@ -5,170 +5,22 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdarg>
+#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "pictures/picture.h"
+#include "pictures/tiff_layout.h"
+#include "pictures/tiff_reader.h"
 
 namespace lfmeta {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& what) {
-  throw std::runtime_error(what);
-}
-
-// Of a directory's values libtiff holds all that the file delivers, whether they matter or not, and
-// passes over what it cannot read.
-constexpr uint64_t kMostOfDirectory = 64U << 20;
-
-struct Source {
-  PictureFile file;
-  uint64_t readable = kMostOfDirectory;
-};
-
-Source& sourceOf(thandle_t handle) {
-  return *static_cast<Source*>(handle);
-}
-
-tmsize_t readBytes(thandle_t handle, void* out, tmsize_t size) {
-  Source& source = sourceOf(handle);
-  const auto wanted = static_cast<uint64_t>(size);
-  if (wanted > source.readable) return 0;
-  source.readable -= wanted;
-  return static_cast<tmsize_t>(std::fread(out, 1, wanted, source.file.stream));
-}
-tmsize_t writeBytes(thandle_t, void*, tmsize_t) {
-  return -1;
-}
-toff_t seek(thandle_t handle, toff_t offset, int from) {
-  std::FILE* stream = sourceOf(handle).file.stream;
-  if (fseeko(stream, static_cast<off_t>(offset), from) != 0) return static_cast<toff_t>(-1);
-  return static_cast<toff_t>(ftello(stream));
-}
-int leaveOpen(thandle_t) {
-  return 0;
-}
-toff_t sizeOfFile(thandle_t handle) {
-  return sourceOf(handle).file.size;
-}
-
-// The first message is kept: later ones follow from it.
-int keepMessage(TIFF*, void* target, const char*, const char* format, va_list values) {
-  auto& message = *static_cast<std::string*>(target);
-  std::array<char, 200> text{};
-  std::vsnprintf(text.data(), text.size(), format, values);
-  if (message.empty()) message = text.data();
-  return 1;
-}
-int ignore(TIFF*, void*, const char*, const char*, va_list) {
-  return 1;
-}
-
-// Libtiff's picture and its last words.
-class Reader {
- public:
-  explicit Reader(const PictureFile& file) : source_{file} {
-    TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
-    TIFFOpenOptionsSetErrorHandlerExtR(options, keepMessage, &message_);
-    TIFFOpenOptionsSetWarningHandlerExtR(options, ignore, nullptr);
-    // The largest of what it holds at a time is a packed strip or the list of all of them.
-    TIFFOpenOptionsSetMaxSingleMemAlloc(options,
-                                        static_cast<tmsize_t>(std::max(file.size, file.memory)));
-    tiff_.reset(TIFFClientOpenExt("picture", "rmO", &source_, readBytes, writeBytes, seek,
-                                  leaveOpen, sizeOfFile, nullptr, nullptr, options));
-    TIFFOpenOptionsFree(options);
-    if (!tiff_) fail();
-    source_.readable = UINT64_MAX;  // pixels and the list of strips have bounds of their own
-  }
-
-  TIFF* get() const { return tiff_.get(); }
-  template <typename Value>
-  Value field(uint32_t tag) const {
-    Value value{};
-    TIFFGetFieldDefaulted(tiff_.get(), tag, &value);
-    return value;
-  }
-  [[noreturn]] void fail() const {
-    refuse("is a damaged TIFF picture: " + (message_.empty() ? "it cannot be read" : message_));
-  }
-
- private:
-  Source source_;
-  std::string message_;
-  std::unique_ptr<TIFF, decltype(&TIFFClose)> tiff_{nullptr, TIFFClose};
-};
-
-constexpr std::array kCompressions{
-    COMPRESSION_NONE,     COMPRESSION_LZW,       COMPRESSION_JPEG,     COMPRESSION_ADOBE_DEFLATE,
-    COMPRESSION_DEFLATE,  COMPRESSION_PACKBITS,  COMPRESSION_ZSTD,     COMPRESSION_LZMA,
-    COMPRESSION_CCITTRLE, COMPRESSION_CCITTFAX3, COMPRESSION_CCITTFAX4};
-
-struct Layout {
-  uint32_t width;
-  uint32_t height;
-  uint16_t bits;
-  uint16_t samples;  // of a pixel in the file
-  uint16_t photometric;
-  uint16_t compression;
-  uint16_t format;
-  bool planar;
-  bool tiled;
-
-  int colors() const { return photometric == PHOTOMETRIC_RGB ? 3 : 1; }
-  bool isPalette() const { return photometric == PHOTOMETRIC_PALETTE; }
-  bool isFloat() const { return format == SAMPLEFORMAT_IEEEFP; }
-  std::size_t samplesTogether() const { return planar ? 1 : samples; }
-  std::size_t bytesOf(std::size_t pixels) const {
-    return (pixels * samplesTogether() * bits + 7) / 8;
-  }
-  Sample sample() const {
-    if (isFloat()) return bits == 16 ? Sample::half : Sample::float32;
-    return bits > 8 && !isPalette() ? Sample::integer16 : Sample::integer8;
-  }
-};
-
-void requireKnownColors(Layout& layout, TIFF* tiff) {
-  switch (layout.photometric) {
-    case PHOTOMETRIC_MINISWHITE:
-    case PHOTOMETRIC_MINISBLACK:
-    case PHOTOMETRIC_RGB:
-    case PHOTOMETRIC_PALETTE:
-      return;
-    case PHOTOMETRIC_SEPARATED:
-      refuse("is a CMYK picture; convert it to RGB first");
-    case PHOTOMETRIC_YCBCR:
-      if (layout.compression == COMPRESSION_JPEG && !layout.planar) {
-        TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-        layout.photometric = PHOTOMETRIC_RGB;
-        return;
-      }
-      [[fallthrough]];
-    default:
-      refuse("has colours of a kind that cannot be read; convert it to RGB or gray first");
-  }
-}
-
-void requireKnownSamples(const Layout& layout) {
-  const bool known = layout.isFloat()
-                         ? layout.bits == 16 || layout.bits == 32
-                         : layout.format == SAMPLEFORMAT_UINT || layout.format == SAMPLEFORMAT_VOID;
-  if (!known || layout.bits < 1 || (layout.bits > 16 && !layout.isFloat()) ||
-      (layout.isPalette() && (layout.isFloat() || layout.bits > 8))) {
-    refuse("has samples of " + std::to_string(layout.bits) +
-           " bits of a kind that cannot be read; convert it to 8 or 16 bits or to floats first");
-  }
-  constexpr uint16_t kMostSamples = 64;
-  if (layout.samples > kMostSamples) refuse("has more than 64 samples a pixel");
-  if (layout.samples < layout.colors()) refuse("is a damaged TIFF picture: a colour is missing");
-}
-
 // Strips or tiles that share their bytes could take any time to unpack.
-void requireOwnBytes(const Reader& reader, uint64_t fileSize) {
+void requireOwnBytes(const TiffReader& reader, uint64_t fileSize) {
   TIFF* tiff = reader.get();
   const uint32_t count =
       TIFFIsTiled(tiff) != 0 ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
@@ -176,35 +28,11 @@ void requireOwnBytes(const Reader& reader, uint64_t fileSize) {
   for (uint32_t i = 0; i < count; ++i) {
     const uint64_t size = TIFFGetStrileByteCount(tiff, i);
     if (size > fileSize - all) {
-      refuse("is a damaged TIFF picture: its strips take more bytes than the file has");
+      throw std::runtime_error(
+          "is a damaged TIFF picture: its strips take more bytes than the file has");
     }
     all += size;
   }
-}
-
-Layout layoutOf(const Reader& reader) {
-  TIFF* tiff = reader.get();
-  Layout layout{};
-  layout.width = reader.field<uint32_t>(TIFFTAG_IMAGEWIDTH);
-  layout.height = reader.field<uint32_t>(TIFFTAG_IMAGELENGTH);
-  layout.bits = reader.field<uint16_t>(TIFFTAG_BITSPERSAMPLE);
-  layout.samples = reader.field<uint16_t>(TIFFTAG_SAMPLESPERPIXEL);
-  layout.compression = reader.field<uint16_t>(TIFFTAG_COMPRESSION);
-  layout.format = reader.field<uint16_t>(TIFFTAG_SAMPLEFORMAT);
-  layout.planar =
-      layout.samples > 1 && reader.field<uint16_t>(TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE;
-  layout.tiled = TIFFIsTiled(tiff) != 0;
-  if (TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &layout.photometric) == 0) {
-    layout.photometric = layout.samples < 3 ? PHOTOMETRIC_MINISBLACK : PHOTOMETRIC_RGB;
-  }
-  if (std::find(kCompressions.begin(), kCompressions.end(), layout.compression) ==
-      kCompressions.end()) {
-    refuse("is packed in a way that cannot be read (TIFF compression " +
-           std::to_string(layout.compression) + ")");
-  }
-  requireKnownColors(layout, tiff);
-  requireKnownSamples(layout);
-  return layout;
 }
 
 // The bits of one sample, the highest first, at any place of a row.
@@ -219,12 +47,12 @@ uint32_t bitsAt(const unsigned char* row, std::size_t bit, std::size_t count) {
 // Puts runs of the file's pixels where the image has them.
 class Writer {
  public:
-  Writer(const Reader& reader, const Layout& layout, Image& image)
+  Writer(const TiffReader& reader, const TiffLayout& layout, Image& image)
       : layout_(layout), image_(image), size_(sizeOf(image.sample)) {
     if (!layout.isPalette()) return;
     std::array<uint16_t*, 3> colors{};
     if (TIFFGetField(reader.get(), TIFFTAG_COLORMAP, colors.data(), &colors[1], &colors[2]) == 0) {
-      refuse("is a damaged TIFF picture: it has no palette");
+      throw std::runtime_error("is a damaged TIFF picture: it has no palette");
     }
     for (const uint16_t* color : colors) palette_.emplace_back(color, color + (1U << layout.bits));
   }
@@ -278,7 +106,7 @@ class Writer {
     std::memcpy(out, &value, size_);  // the low byte comes first
   }
 
-  const Layout& layout_;
+  const TiffLayout& layout_;
   Image& image_;
   std::size_t size_;
   std::vector<std::vector<uint16_t>> palette_;
@@ -286,7 +114,7 @@ class Writer {
 
 class Decoder {
  public:
-  Decoder(const PictureFile& file, const Reader& reader, const Layout& layout, Image& image)
+  Decoder(const PictureFile& file, const TiffReader& reader, const TiffLayout& layout, Image& image)
       : file_(file),
         reader_(reader),
         tiff_(reader.get()),
@@ -310,7 +138,7 @@ class Decoder {
     const auto height = reader_.field<uint32_t>(TIFFTAG_TILELENGTH);
     const uint64_t rowSize = layout_.bytesOf(width);
     if (TIFFTileRowSize64(tiff_) != rowSize || TIFFTileSize64(tiff_) != rowSize * height) {
-      refuse("is a damaged TIFF picture: its tiles have another size");
+      throw std::runtime_error("is a damaged TIFF picture: its tiles have another size");
     }
     requireMemory(rowSize * height, file_.memory);
     std::vector<unsigned char> tile(rowSize * height);
@@ -330,7 +158,7 @@ class Decoder {
   void readRows(uint16_t plane) {
     const std::size_t size = layout_.bytesOf(layout_.width);
     if (TIFFScanlineSize64(tiff_) != size) {
-      refuse("is a damaged TIFF picture: its rows have another size");
+      throw std::runtime_error("is a damaged TIFF picture: its rows have another size");
     }
     requireMemory(size, file_.memory);
     std::vector<unsigned char> row(size);
@@ -354,7 +182,7 @@ class Decoder {
     if (TIFFGetStrileByteCount(tiff_, strip) < from + row.size() || start > file_.size ||
         fseeko(file_.stream, static_cast<off_t>(start + from), SEEK_SET) != 0 ||
         std::fread(row.data(), 1, row.size(), file_.stream) != row.size()) {
-      refuse("ends before its pixels do");
+      throw std::runtime_error("ends before its pixels do");
     }
     if (TIFFIsByteSwapped(tiff_) == 0) return;
     if (layout_.bits == 16) {
@@ -367,14 +195,14 @@ class Decoder {
   }
 
   const PictureFile& file_;
-  const Reader& reader_;
+  const TiffReader& reader_;
   TIFF* tiff_;
-  const Layout& layout_;
+  const TiffLayout& layout_;
   Writer writer_;
 };
 
 // Profile, resolution and orientation.
-void readDescription(const Reader& reader, Image& image) {
+void readDescription(const TiffReader& reader, Image& image) {
   TIFF* tiff = reader.get();
   uint32_t size = 0;
   const unsigned char* profile = nullptr;
@@ -396,8 +224,8 @@ void readDescription(const Reader& reader, Image& image) {
 }  // namespace
 
 Image decodeTiff(const PictureFile& file) {
-  const Reader reader(file);
-  const Layout layout = layoutOf(reader);
+  const TiffReader reader(file);
+  const TiffLayout layout = tiffLayoutOf(reader);
   Image image;
   readDescription(reader, image);
   allocatePixels(file, image, layout.width, layout.height, layout.isPalette() ? 3 : layout.colors(),
