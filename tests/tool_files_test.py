@@ -37,6 +37,10 @@ class ToolFiles(ToolTest):
         self.assertEqual(run("mandoc", "-Tlint", "-Wwarning", folder / "lfmeta.1"), (0, b"", ""))
         page = re.sub(".\b", "", run("mandoc", "-Tascii", "-Owidth=400", folder / "lfmeta.1")[1].decode())
         self.assertEqual(run("zsh", "-n", folder / "_lfmeta"), (0, b"", ""))
+        for line in ["'(-h --help)'{-h,--help}'[Show this help]'", "'*--fields[Only these fields, in this order (--json "
+                     "and --csv)]:A,B,...: '", "'(--gap)--gap[Longest pause between two frames of a set, in seconds (2)]:"
+                     "SECONDS: '", "'*:FILE:_files'"]:
+            self.assertIn("\n    %s" % line, (folder / "_lfmeta").read_text())
         script = (folder / "lfmeta").read_text()
 
         def complete(*words):

@@ -196,6 +196,8 @@ class ToolPictures(ToolTest):
         self.assertEqual(self.pixels(tiff_strips(1000, [0, 0], [500, 500], 4, [0x1234 * i for i in range(12)] + 36 * [0x5678],
                                                  shared)), b"".join(
             bytes([(0x1234 * i >> 8) if i < 12 else 0x56, 0x56, 0x56]) for row in range(2) for b in shared[:500] for i in (b >> 4, b & 15)))
+        self.assertEqual(self.pixels(tiff_strips(2, [0, 3], [3, 3], 12, data=b"\x12\x3f\xff\x00\x18\x01")), struct.pack(
+            "<4H", *(round(v * 65535 / 4095) for v in (0x123, 0xFFF, 0x001, 0x801))))
         for data, word in [(tiff_strips(1000, [0, 0], [1000, 1000], data=shared), "more bytes"),
                            (tiff_strips(500, [0, 500], [500, 499], data=shared), "ends before")]:
             self.refuse(data, word)
@@ -340,9 +342,13 @@ class ToolPictures(ToolTest):
             "    +0           1    1.45 % #", "    -2        0.25   88.41 % " + 44 * "#", "   ...",
             "  -133   9.184e-41    1.45 % #", "  black               2.90 %"])
         self.assertEqual((told[2], len(told)), ("  Not finite     2 pixels", 22))
+        self.files(ramp=RAMP)
+        self.assertIn("\n  Not finite     1 pixel\n", self.good("hdr ramp"))
         plot = (self.dir / "plot.png").read_bytes()
         self.assertEqual(run(LFMETA, "hdr", "pfm", "--plot", "-", cwd=self.dir), (0, plot, ""))
-        self.assertEqual(zlib.crc32(convert(plot, "-depth 8 rgb:-")), 414028658)  # as it was when a person looked at it
+        for name, picture in ("pfm", 414028658), ("planes", 3048153496):  # as they were when a person looked at them
+            plot = run(LFMETA, "hdr", name, "--plot", "-", cwd=self.dir)[1]
+            self.assertEqual(zlib.crc32(convert(plot, "-depth 8 rgb:-")), picture)
 
 
 if __name__ == "__main__":

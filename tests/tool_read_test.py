@@ -125,6 +125,8 @@ class ToolRead(FolderTest):
         told = read(path)[1][0]
         self.assertEqual([told[name] for name in ["exposureBias", "exposureMode", "subseconds", "serialNumber", "make"]],
                          [-1.6666666, 2, "25", "A17", "Alpenglow"])
+        self.assertEqual(run(LFMETA, "read", "--csv", "--fields", "notices,make", path)[1].decode(),
+                         'notices,make\n"%s",Alpenglow\n' % "; ".join(told["notices"]).replace('"', '""'))
         self.assertEqual(len(told["notices"]), 4)
         empty = {name for name, value in told.items() if value is None}
         self.assertEqual(empty, {"fileBytes", "damage", "focalLength", "focalLength35mm", "focalPlaneXResolution",
@@ -300,17 +302,19 @@ MetadataBuf.focalPlaneXResolution
         self.assertLess(peak("read", "--json", "-j", 2, "--files0-from", many), most)
 
     def test_shows_progress_where_a_person_waits(self):
-        terminal, far = pty.openpty()
-        with subprocess.Popen([LFMETA, "read", "-j", "1", *[PHOTO] * 257, "missing"], stdout=subprocess.DEVNULL,
-                              stderr=far) as reading:
-            os.close(far)
-            shown = b""
-            with self.assertRaises(OSError):  # the terminal's end
-                while True:
-                    shown += os.read(terminal, 4096)
-        os.close(terminal)
-        self.assertEqual(reading.returncode, 1)
-        self.assertEqual(shown, b"\r256 files\r\x1b[Klfmeta: missing: cannot be opened: No such file or directory\r\n")
+        for alone, progress in (True, b"\r256 files\r\x1b[K"), (False, b""):  # where the reports go elsewhere
+            terminal, far = pty.openpty()
+            with subprocess.Popen([LFMETA, "read", "-j", "1", "--csv", "--fields", "iso", *[PHOTO] * 257, "missing"],
+                                  stdout=subprocess.DEVNULL if alone else far, stderr=far) as reading:
+                os.close(far)
+                shown = b""
+                with self.assertRaises(OSError):  # the terminal's end
+                    while True:
+                        shown += os.read(terminal, 4096)
+            os.close(terminal)
+            self.assertEqual(reading.returncode, 1)
+            self.assertEqual(shown.replace(b"iso\r\n", b"").replace(b"100\r\n", b""), progress +
+                             b"lfmeta: missing: cannot be opened: No such file or directory\r\n")
 
     def test_writes_thumbnails_under_the_photographs_paths(self):
         thumbnail = run("exiftool", "-b", "-ThumbnailImage", PHOTO)[1]

@@ -1,5 +1,5 @@
 """lfmeta settings: written, inserted, edited, shown, counted and listed. ExifTool judges changed photographs."""
-import json, struct, subprocess, unittest
+import json, re, struct, subprocess, unittest
 
 from support.photos import XMP, segment
 from support.tool import *
@@ -36,6 +36,8 @@ class ToolSettings(ToolTest):
                     self.assertEqual((after[:4], after[8:len(before)]), (before[:4], before[8:]))
                 else:
                     self.assertEqual(without_packet(after), without_packet(before), (name, line))
+                if name == "bare.jpg" and "bOOst" in line:  # the packet is new
+                    self.assertEqual(len(re.search(rb"\s*(?=<.xpacket end)", after)[0]), 2048)
                 if name == "padded.jpg" and (sets, boost) in [([1], 3), ([1], 5)]:
                     self.assertEqual(len(after), len(before))
                 first = json.loads(self.good("settings show --json " + name))
@@ -77,16 +79,20 @@ class ToolSettings(ToolTest):
     def test_refuses_what_would_harm_a_photograph(self):
         packet = segment(0xE1, XMP + b"<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/"
                          b"22-rdf-syntax-ns#'>%s</rdf:RDF></x:xmpmeta>")
+        names = b"<rdf:Description xmlns:lfst='http://ns.lumenforge.org/lumenforge_settings%02d'/>"
+        sets = b"".join(names % number for number in range(1, 100))
         full = packet.replace(b"%s", b" " * 64500)
         self.files(**{"full.jpg": PHOTO[:2] + segment(0xE1, full[4:]) + PHOTO[2:],
                       "pictures.jpg": PHOTO[:2] + segment(0xE2, b"MPF\0") + PHOTO[2:], "cut.jpg": PHOTO[:900],
+                      "sets": packet[33:].replace(b"%s", sets), "typed": b"<!DOCTYPE x>" + packet[33:],
                       "broken.jpg": PHOTO.replace(b"</rdf:RDF>", b"</rdf:RDX>"),
                       "raw.tif": b"II*\0\x10\0\0\0CR\2\0\0\0\0\0" + bytes(30), "cut.tif": b"II*\0\x10\0\0\0"})
         self.run_line("convert in a.psd")
         for expected, name in [("65502", "full.jpg"), ("further pictures", "pictures.jpg"), ("damaged", "cut.jpg"),
                                ("well-formed", "broken.jpg"), ("raw photograph", "raw.tif"), ("PSD", "a.psd"),
-                               ("BigTIFF or damaged", "cut.tif")]:
+                               ("BigTIFF or damaged", "cut.tif"), ("99 sets", "sets"), ("well-formed", "typed")]:
             self.bad(expected, "settings insert %s --method 1" % name)
+        self.bad("unknown method", "settings edit sets --set Boost=1")
 
     def test_takes_settings_out_of_a_description_of_others(self):
         start = b"<x:xmpmeta xmlns:x='adobe:ns:meta/'>\n<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n"

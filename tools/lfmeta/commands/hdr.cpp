@@ -81,7 +81,8 @@ void printBars(const Brightness& found) {
 void printText(const std::string& path, const Brightness& found) {
   std::printf("%s\n  Size           %d x %d\n", printable(path).c_str(), found.width, found.height);
   if (found.notFinite > 0) {
-    std::printf("  Not finite     %llu pixels\n", static_cast<unsigned long long>(found.notFinite));
+    std::printf("  Not finite     %llu pixel%s\n", static_cast<unsigned long long>(found.notFinite),
+                found.notFinite == 1 ? "" : "s");
   }
   if (found.isBlack()) {
     std::printf("  All pixels are black.\n");

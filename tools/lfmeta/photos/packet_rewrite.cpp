@@ -94,7 +94,7 @@ bool isPlainTiff(const std::string& path) {
   return has(kImageWidth) && (!has(kSubDirectories) || has(kDngVersion));
 }
 
-void replaceInTiff(const LockedFile& file, Bytes packet) {
+void replaceInTiff(const LockedFile& file, const Bytes& packet) {
   constexpr uint16_t kXmpTag = 700;
   constexpr uint16_t kByte = 1;
   if (!isPlainTiff(file.path())) {
@@ -102,8 +102,6 @@ void replaceInTiff(const LockedFile& file, Bytes packet) {
                   "is no TIFF picture that is changed (a raw photograph, a BigTIFF or damaged); "
                   "write a file of XMP beside it");
   }
-  const PhotoBlocks blocks = findBlocks(file.path(), PhotoType::tiff);
-  refitPadding(packet, blocks.xmp ? blocks.xmp->size : 0, kMaxLibrarySize);
   setTiffEntry(file, kXmpTag, kByte, packet);
 }
 
@@ -132,7 +130,7 @@ void replacePacketOf(const LockedFile& file, Bytes packet) {
     case PhotoType::jpeg:
       return replaceInJpeg(file.path(), std::move(packet));
     case PhotoType::tiff:
-      return replaceInTiff(file, std::move(packet));
+      return replaceInTiff(file, packet);
     case PhotoType::psd:
       throw Failure(file.path(), "is a PSD, which is only read; write a file of XMP beside it");
   }
