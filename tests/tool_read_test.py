@@ -202,6 +202,10 @@ class ToolRead(FolderTest):
             {"file": str(good), "fileBytes": None},
             {"file": "%s/b\ufffdd\\\x1b\n.jpg" % sub, "fileBytes": "%s/b\\xe4d\\x5c\\x1b\\x0a.jpg" % sub}],
             "lfmeta: %s/sub.d: cannot be opened: No such file or directory\n" % self.dir))
+        for name, limit, why in (PHOTO, 5, "opened: Too many open files"), ("-", 9, "read: Bad file descriptor"):
+            told = run(LFMETA, "read", name, preexec_fn=lambda: (
+                os.close(0), resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit))))
+            self.assertEqual(told, (1, b"", "lfmeta: %s: cannot be %s\n" % (name, why)))
         for count in (1, 3):  # with and without helpers
             told = read("-j", count, *[PHOTO, good] * 300)[1]
             self.assertEqual([t["file"] for t in told], [str(PHOTO), str(good)] * 300)

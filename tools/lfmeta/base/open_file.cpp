@@ -22,7 +22,7 @@ namespace {
 // The path of a file that holds what standard input holds. The file has no name and stays open.
 std::string keptStandardInput() {
   constexpr off_t kMost = 0x7FFFFFFF;
-  constexpr const char* kName = "standard input";
+  constexpr const char* kName = "-";
   std::FILE* kept = std::tmpfile();
   if (kept == nullptr) failWith(kName, "cannot be kept in a temporary file");
   std::array<char, 65536> bytes;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <optional>
 #include <span>
 #include <vector>
@@ -41,7 +42,7 @@ const Namespace& namespaceOf(std::string_view property) {
 }
 
 // The property as an outline names it.
-std::string nameOf(std::string_view property) {
+std::string outlineNameOf(std::string_view property) {
   return std::string(namespaceOf(property).uri)
       .append(" ")
       .append(property.substr(property.find(':') + 1));
@@ -93,17 +94,16 @@ class Carrier {
         if (row.directory != which || row.tag != entry.tag) continue;
         known |= carryProperty(row, entry, directory);
       }
-      if (!known && !isElsewhere(which, entry.tag)) notTaken_.push_back(entry.tag);
+      if (!known && !isElsewhere(which, entry.tag)) {
+        notTaken_ += (notTaken_.empty() ? "" : ", ") + nameOf(which, entry.tag);
+      }
     }
   }
 
   CarriedProperties result() const {
     CarriedProperties all;
     if (!properties_.empty()) all.description = description();
-    for (const uint16_t tag : notTaken_) {
-      all.notTaken += all.notTaken.empty() ? "" : ", ";
-      all.notTaken += nameOfTag(tag);
-    }
+    all.notTaken = notTaken_;
     return all;
   }
 
@@ -123,31 +123,17 @@ class Carrier {
     return false;
   }
 
-  static std::string nameOfTag(uint16_t tag) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    switch (tag) {
-      case 0x927C:
-        return "maker note";
-      case 0x9286:
-        return "user comment";
-      case 0x9C9B:
-        return "Windows title";
-      case 0x9C9C:
-        return "Windows comment";
-      case 0x9C9D:
-        return "Windows author";
-      case 0x9C9E:
-        return "Windows keywords";
-      case 0x9C9F:
-        return "Windows subject";
-      default:
-        return {'0',
-                'x',
-                kDigits[tag >> 12],
-                kDigits[tag >> 8 & 15],
-                kDigits[tag >> 4 & 15],
-                kDigits[tag & 15]};
+  // As a person knows it: some by their names, carried ones by their properties.
+  static std::string nameOf(Directory which, uint16_t tag) {
+    for (const NamedTag& known : kNamedTags) {
+      if (known.tag == tag) return std::string(known.name);
     }
+    for (const Carried& row : kCarried) {
+      if (row.directory == which && row.tag == tag) return std::string(row.property);
+    }
+    std::array<char, 8> digits{};
+    std::snprintf(digits.data(), digits.size(), "0x%04X", static_cast<unsigned>(tag));
+    return digits.data();
   }
 
   std::string description() const {
@@ -171,7 +157,7 @@ class Carrier {
 
   // Whether nothing is lost of the entry.
   bool carryProperty(const Carried& row, const TiffEntry& entry, const TiffDirectory& directory) {
-    if (packet_.has(nameOf(row.property))) return true;
+    if (packet_.has(outlineNameOf(row.property))) return true;
     constexpr uint32_t kMostElements = 65536;
     if (entry.count > kMostElements) return false;
     const Bytes value = tiff_.valueOf(entry);
@@ -287,7 +273,7 @@ class Carrier {
   const PacketOutline& packet_;
   std::string_view make_;
   std::string properties_;
-  std::vector<uint16_t> notTaken_;
+  std::string notTaken_;
 };
 
 }  // namespace

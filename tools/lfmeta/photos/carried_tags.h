@@ -84,6 +84,18 @@ inline constexpr std::array kCarried{
     Carried{Directory::gps, 0x0018, "exif:GPSDestBearing", Form::fraction},
     Carried{Directory::gps, 0x001F, "exifEX:GPSHPositioningError", Form::fraction}};
 
+struct NamedTag {
+  uint16_t tag;
+  std::string_view name;
+};
+
+// Those that a person should know of when they are not taken.
+inline constexpr std::array kNamedTags{
+    NamedTag{0x927C, "maker note"},     NamedTag{0x9286, "user comment"},
+    NamedTag{0x9C9B, "Windows title"},  NamedTag{0x9C9C, "Windows comment"},
+    NamedTag{0x9C9D, "Windows author"}, NamedTag{0x9C9E, "Windows keywords"},
+    NamedTag{0x9C9F, "Windows subject"}};
+
 // Written by the library, about the photograph's own pixels, or part of what is carried above.
 inline constexpr std::array<uint16_t, 47> kOfTheImage{
     0x00FE, 0x00FF, 0x0100, 0x0101, 0x0102, 0x0103, 0x0106, 0x010A, 0x0110, 0x0111, 0x0112, 0x0115,

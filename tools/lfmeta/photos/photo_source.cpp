@@ -1,7 +1,9 @@
 #include "photos/photo_source.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <span>
 
 #include "base/failure.h"
@@ -59,7 +61,11 @@ std::optional<PhotoRecord> readPhotoRecord(PhotoFile& file) {
   photo.type = *type;
   photo.layout = findLayout(file, *type);
   const char* path = file.pathToOpen().c_str();
+  errno = 0;
   photo.result = getExifData(path, static_cast<int>(photo.type), &photo.info);
+  if (photo.result == LUMENFORGE_CANNOT_READ && errno == EMFILE) {  // it opens the file once more
+    throw Failure(file.path(), std::string("cannot be opened: ") + std::strerror(errno));
+  }
   if (photo.type == PhotoType::tiff && photo.info.exposureTime == 0) {
     readDescribedExposure(path, photo.info);
   }
