@@ -1,6 +1,6 @@
 """Holds the header and the built library against the committed description of the ABI.
 boundary_test.py ABI HEADER_DIRECTORY LIBRARY TABLE_OF_CALLS SOURCES"""
-import re, subprocess, sys
+import pathlib, re, subprocess, sys
 
 abi_file, include, library, calls, sources = sys.argv[1:]
 checks = ["#include <LumenforgeMetaLib.h>"]
@@ -35,3 +35,13 @@ told = {(path, function) for path, cell in re.findall(r"^\| `(src/.+?)` \| (.+) 
 assert sorted(function for _, function in told) == functions
 for path, function in told:
     assert re.search(rf"^\w.* \**{function}\(", open(f"{sources}/{path}").read(), re.M), (path, function)
+
+# Arrows go one way, as docs/architecture.md draws them.
+wings = dict.fromkeys(["reading", "tiff", "settings", "hdr"], {"base", "format"})
+roads = {("reading", "settings/packet.h"), ("tiff", "settings/packet.h"), ("tiff", "reading/tag_lookup.h")}
+tool = {"commands": {"base", "photos", "pictures"}, "photos": {"base"}, "pictures": {"base"}, "base": set()}
+for top, arrows in ("src", {**wings, "format": {"base"}, "base": set()}), ("tools/lfmeta", tool):
+    for path in pathlib.Path(sources, top).glob("*/*.*"):
+        folder = path.parent.name
+        for file, other in re.findall(r'^#include "((\w+)/.+)"', path.read_text(), re.M):
+            assert other == folder or other in arrows[folder] or (folder, file) in roads, (path, file)

@@ -55,4 +55,9 @@ bool isHidden(char32_t code) {
                      [&](const Range& range) { return code >= range.first && code <= range.last; });
 }
 
+void appendHex(std::string& out, uint32_t number, int digits) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  while (digits-- > 0) out += kDigits[number >> (4 * digits) & 15];
+}
+
 }  // namespace lfmeta

@@ -1,7 +1,10 @@
-// UTF-8, character by character, and which characters a terminal must not be given.
+// UTF-8, character by character, which characters a terminal must not be given, and how else they
+// are shown.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace lfmeta {
@@ -19,5 +22,8 @@ bool isUtf8(std::string_view text);
 
 // Drives the terminal, turns the direction of the text or cannot be seen.
 bool isHidden(char32_t code);
+
+// The number's last `digits` digits of base 16.
+void appendHex(std::string& out, uint32_t number, int digits);
 
 }  // namespace lfmeta

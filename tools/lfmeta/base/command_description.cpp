@@ -1,5 +1,6 @@
 #include "base/command_description.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 
 namespace lfmeta {

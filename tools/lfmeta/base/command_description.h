@@ -2,9 +2,10 @@
 // man page are written from it.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
+
+#include "base/cli_fwd.h"
 
 namespace lfmeta {
 

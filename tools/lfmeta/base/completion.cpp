@@ -43,8 +43,12 @@ std::string replaced(std::string text, const std::string& from, const std::strin
   return text;
 }
 
+std::string between(char before, const std::string& text, char behind) {
+  return std::string(1, before).append(text).append(1, behind);
+}
+
 std::string inQuotes(const std::string& text) {
-  return "'" + replaced(text, "'", "'\\''") + "'";
+  return between('\'', replaced(text, "'", "'\\''"), '\'');
 }
 
 // Calls `visit` with each command and the road to it, " settings show"; the tool's own is empty.
@@ -85,7 +89,7 @@ std::string bashValues(const CommandDescription& command, const std::string& roa
 std::string zshAction(const std::string& value) {
   switch (completionOf(value)) {
     case Completion::words:
-      return "(" + wordsOf(value) + ")";
+      return between('(', wordsOf(value), ')');
     case Completion::commands:
       return "_lfmeta__commands";
     case Completion::folders:
@@ -106,14 +110,15 @@ std::string zshText(std::string text) {
 
 std::string zshArgument(const OptionDescription& option) {
   const std::string value =
-      ":" + replaced(option.value, ":", "\\:") + ":" + zshAction(option.value);
+      between(':', replaced(option.value, ":", "\\:"), ':') + zshAction(option.value);
   if (option.names.empty()) return inQuotes((option.repeats ? "*" : "") + value);
-  const std::string help = "[" + zshText(option.text) + "]" + (option.value.empty() ? "" : value);
+  const std::string help =
+      between('[', zshText(option.text), ']') + (option.value.empty() ? "" : value);
   std::string names;
   for (const std::string& name : option.names) names += (names.empty() ? "" : " ") + name;
-  const std::string before = option.repeats ? "*" : "(" + names + ")";
+  const std::string before = option.repeats ? "*" : between('(', names, ')');
   if (option.names.size() == 1) return inQuotes(before + names + help);
-  return inQuotes(before) + "{" + replaced(names, " ", ",") + "}" + inQuotes(help);
+  return inQuotes(before) + between('{', replaced(names, " ", ","), '}') + inQuotes(help);
 }
 
 std::string zshFunction(const CommandDescription& command, const std::string& road) {

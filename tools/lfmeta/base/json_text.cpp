@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/characters.h"
-#include "base/report.h"
+#include "base/json.h"
 
 namespace lfmeta {
 
@@ -25,12 +25,12 @@ void appendJsonText(std::string& out, std::string_view text) {
 
 std::string bytesOfName(const std::string& name) {
   if (std::all_of(name.begin(), name.end(), isPlain) || isUtf8(name)) return {};
-  constexpr std::string_view kDigits = "0123456789abcdef";
   std::string escaped;
   for (const char c : name) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte < 0x20 || byte >= 0x7F || c == '\\') {
-      escaped.append("\\x").append(1, kDigits[byte >> 4]).append(1, kDigits[byte & 15]);
+      escaped += "\\x";
+      appendHex(escaped, byte, 2);
     } else {
       escaped += c;
     }

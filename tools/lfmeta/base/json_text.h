@@ -9,7 +9,7 @@
 
 namespace lfmeta {
 
-// As jsonLine of base/report.h writes it, with its quotes.
+// As jsonLine of base/json.h writes it, with its quotes.
 void appendJsonText(std::string& out, std::string_view text);
 
 // The shortest decimal that reads back as the same number; null for one that is not finite.

@@ -1,5 +1,7 @@
 #include "base/output.h"
 
+#include <CLI/CLI.hpp>
+
 namespace lfmeta {
 
 CLI::Option* Output::addTo(CLI::App& command, const std::string& label, FileKind theKind) {

@@ -1,9 +1,9 @@
 // The file that a command is to write, as the command line names it.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 
+#include "base/cli_fwd.h"
 #include "base/file_kind.h"
 
 namespace lfmeta {

@@ -1,7 +1,6 @@
-// What the tool says: exit statuses, failures in one line, text from outside, and JSON.
+// What the tool says: exit statuses, failures in one line, and text from outside.
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
@@ -11,9 +10,6 @@ inline constexpr int kSuccess = 0;
 inline constexpr int kFailure = 1;     // at least one file failed; the others were done
 inline constexpr int kUsageError = 2;  // the command line cannot be understood
 
-// Fields keep the order in which they are added.
-using Json = nlohmann::ordered_json;
-
 // One line on standard error: "lfmeta: SUBJECT: MESSAGE", without a subject when it is empty. Both
 // may come from outside.
 void printFailure(std::string_view subject, std::string_view message);
@@ -21,19 +17,6 @@ void printFailure(std::string_view subject, std::string_view message);
 // Text from outside (a file, a file's name, the command line) as a terminal may have it, and in one
 // line: each byte of a control or invisible character, and each that is not UTF-8, becomes \xNN.
 std::string printable(std::string_view text);
-
-// One line of text, without a line feed. Bytes that are not UTF-8 become U+FFFD, a number that is
-// not finite becomes null; control and invisible characters are escaped.
-std::string jsonLine(const Json& value);
-
-// The float as JSON shows it best: the shortest decimal that reads back as the same float.
-Json jsonNumber(float value);
-
-// Null for an empty text.
-Json textOrNull(const std::string& text);
-
-// What every object about a file begins with: its name, and the name's bytes where it is not UTF-8.
-Json jsonOfFile(const std::string& path);
 
 // A text in a fixed array, up to its NUL.
 template <std::size_t size>

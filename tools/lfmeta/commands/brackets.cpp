@@ -1,4 +1,5 @@
 // lfmeta brackets: the exposure brackets among the photographs of folders, ready to be merged.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
@@ -12,6 +13,7 @@
 #include "base/command_line.h"
 #include "base/failure.h"
 #include "base/in_order.h"
+#include "base/json.h"
 #include "base/json_text.h"
 #include "base/line_output.h"
 #include "base/report.h"

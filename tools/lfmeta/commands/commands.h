@@ -2,9 +2,10 @@
 // was asked for, parsing the command line chooses it to be run afterwards.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <memory>
+
+#include "base/cli_fwd.h"
 
 namespace lfmeta {
 
@@ -20,10 +21,11 @@ void addExifCommand(CLI::App& app, Run& chosen);
 void addHdrCommand(CLI::App& app, Run& chosen);
 void addHelpCommand(CLI::App& app, Run& chosen);
 
+void runWhenAsked(CLI::App& command, Run& chosen, const Run& run);
 template <typename Options>
 void runWhenAsked(CLI::App& command, Run& chosen, const std::shared_ptr<Options>& options,
                   int (*run)(const Options&)) {
-  command.callback([&chosen, options, run] { chosen = [options, run] { return run(*options); }; });
+  runWhenAsked(command, chosen, [options, run] { return run(*options); });
 }
 
 }  // namespace lfmeta

@@ -1,6 +1,7 @@
 // lfmeta exif: what a photograph says about its taking, as an EXIF block of its own.
 #include <LumenforgeMetaLib.h>
 
+#include <CLI/CLI.hpp>
 #include <array>
 #include <string>
 

@@ -1,4 +1,5 @@
 // lfmeta hdr: how the brightness of a floating-point picture is distributed.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -6,6 +7,7 @@
 
 #include "base/failure.h"
 #include "base/input_file.h"
+#include "base/json.h"
 #include "base/output.h"
 #include "base/replacement_file.h"
 #include "base/report.h"

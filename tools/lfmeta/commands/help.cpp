@@ -1,4 +1,5 @@
 // lfmeta help: the help of lfmeta or of one of its commands.
+#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <string>
 #include <vector>

@@ -1,4 +1,5 @@
 // lfmeta icc: the ICC profile of a TIFF file, shown or set.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <optional>
@@ -7,6 +8,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/json.h"
 #include "base/report.h"
 #include "commands/commands.h"
 #include "photos/icc_profile.h"

@@ -1,5 +1,6 @@
 #include "commands/picture_options.h"
 
+#include <CLI/CLI.hpp>
 #include <map>
 #include <stdexcept>
 

@@ -1,11 +1,11 @@
 // What a command that reads a picture is told of it.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
 #include <string>
 
+#include "base/cli_fwd.h"
 #include "pictures/picture.h"
 
 namespace lfmeta {

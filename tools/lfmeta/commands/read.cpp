@@ -1,4 +1,5 @@
 // lfmeta read: what photographs say about themselves.
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <memory>

@@ -1,6 +1,7 @@
 // lfmeta settings: the tone-mapping settings that photographs and XMP packets carry.
 #include <LumenforgeMetaLib.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
 #include <optional>
@@ -9,12 +10,13 @@
 
 #include "base/command_line.h"
 #include "base/failure.h"
+#include "base/json.h"
 #include "base/report.h"
 #include "commands/commands.h"
 #include "commands/settings_changes.h"
-#include "commands/settings_vocabulary.h"
 #include "photos/packet_edit.h"
 #include "photos/packet_rewrite.h"
+#include "photos/settings_vocabulary.h"
 
 namespace lfmeta {
 

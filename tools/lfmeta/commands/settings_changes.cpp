@@ -7,10 +7,10 @@
 #include "base/failure.h"
 #include "base/locked_file.h"
 #include "base/replacement_file.h"
-#include "commands/settings_vocabulary.h"
 #include "photos/packet_edit.h"
 #include "photos/packet_rewrite.h"
 #include "photos/photo_type.h"
+#include "photos/settings_vocabulary.h"
 
 namespace lfmeta {
 

@@ -1,6 +1,8 @@
 #include "commands/settings_options.h"
 
-#include "commands/settings_vocabulary.h"
+#include <CLI/CLI.hpp>
+
+#include "photos/settings_vocabulary.h"
 
 namespace lfmeta {
 

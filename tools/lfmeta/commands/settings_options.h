@@ -1,10 +1,11 @@
 // The options --method and --set, as every command takes them that writes settings.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "base/cli_fwd.h"
 
 namespace lfmeta {
 

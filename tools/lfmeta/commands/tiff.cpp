@@ -1,6 +1,7 @@
 // lfmeta tiff: a picture becomes a finished TIFF file, with what a photograph says of its taking.
 #include <LumenforgeMetaLib.h>
 
+#include <CLI/CLI.hpp>
 #include <limits>
 #include <optional>
 #include <string>
@@ -10,8 +11,8 @@
 #include "base/replacement_file.h"
 #include "base/report.h"
 #include "commands/commands.h"
+#include "commands/finished_metadata.h"
 #include "commands/picture_options.h"
-#include "photos/finished_metadata.h"
 #include "photos/icc_profile.h"
 
 namespace lfmeta {

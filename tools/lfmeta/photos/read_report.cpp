@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/report.h"
-#include "commands/settings_vocabulary.h"
+#include "photos/settings_vocabulary.h"
 
 namespace lfmeta {
 

@@ -3,11 +3,11 @@
 
 #include <LumenforgeMetaLib.h>
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "base/cli_fwd.h"
 #include "base/whole_file.h"
 #include "commands/settings_options.h"
 #include "photos/icc_profile.h"

@@ -1,17 +1,18 @@
-#include "photos/finished_metadata.h"
+#include "commands/finished_metadata.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <memory>
 
 #include "base/failure.h"
-#include "commands/settings_vocabulary.h"
 #include "photos/carried_properties.h"
 #include "photos/iptc_keywords.h"
 #include "photos/packet_edit.h"
 #include "photos/photo_blocks.h"
 #include "photos/photo_source.h"
+#include "photos/settings_vocabulary.h"
 
 namespace lfmeta {
 

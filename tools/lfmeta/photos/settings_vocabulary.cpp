@@ -1,4 +1,4 @@
-#include "commands/settings_vocabulary.h"
+#include "photos/settings_vocabulary.h"
 
 #include <strings.h>
 
