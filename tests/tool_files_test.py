@@ -8,7 +8,8 @@ class ToolFiles(ToolTest):
     def test_command_line(self):
         for expected, line in [
                 ("lfmeta: raed is no command, did you mean read?; see lfmeta --help", "raed photo.jpg"),
-                ("did you mean brackets?", "brcaekts photo.jpg"),
+                ("did you mean brackets?", "brcaekts photo.jpg"), ("did you mean hdr?", "hrd"), ("command; see", "hxx in"),
+                ("did you mean --json?", "read --jxxn in"), ("option; see", "read --jxxx in"),
                 ("lfmeta: shwo is no command, did you mean show?; see lfmeta settings --help", "settings shwo in"),
                 ("lfmeta: --rceursive is no option, did you mean --recursive?; see", "read --rceursive in"),
                 ("lfmeta: -\\x1b[31mHI\\xff.jpg is no option; see lfmeta read --help", "read '-\x1b[31mHI\udcff.jpg'"),

@@ -108,12 +108,12 @@ class ToolMetadata(ToolTest):
                 "SerialNumber": "0042", "GPSImgDirection": 12.5, "GPSImgDirectionRef": "T", "XPTitle": "w",
                 "ExposureTime": 0.01, "Model": "M", "GPSLatitude": 1.5, "GPSLatitudeRef": "S"}
         words = ["-EXIF:%s=%s" % item for item in exif.items()] + [
-            "-XMP-dc:Title=Lake", "-XMP:Rating=4", "-XMP-dc:Description=kept", "-IPTC:Keywords=lake"]
+            "-XMP-dc:Title=Lake", "-XMP:Rating=4", "-XMP-rdf:About=uuid:1", "-XMP-dc:Description=kept", "-IPTC:Keywords=lake"]
         expected = {"Make": "Other", "Creator": "Zoë & <Co>", "Rights": "(c) 2021", "Description": "kept", "Rating": 4,
                     "CreatorTool": "Raw 2", "LensModel": "50 mm f/2", "Lens": "50 mm f/2", "LensInfo": "50 50 2 2",
                     "ExposureCompensation": -2 / 3, "FlashFired": True, "FlashMode": 3, "FlashReturn": 0,
                     "DateTimeOriginal": "2021:06:05 07:14:59.37+02:00", "UserComment": "hello", "MeteringMode": 5,
-                    "SerialNumber": "0042", "GPSImgDirection": 12.5, "GPSImgDirectionRef": "T", "Title": "Lake",
+                    "SerialNumber": "0042", "GPSImgDirection": 12.5, "GPSImgDirectionRef": "T", "Title": "Lake", "About": "uuid:1",
                     "FlashFunction": False, "FlashRedEyeMode": False, "XMPToolkit": "Image::ExifTool 12.57"}
         for name in ["a.jpg", "a.tif", "a.psd", "bare.jpg", "turned.jpg"]:
             self.run_line("convert -size 8x8 xc:red -strip " + name)
@@ -126,9 +126,13 @@ class ToolMetadata(ToolTest):
             told = self.exiftool(name + ".tif", "-n -XMP:all")
             self.assertAlmostEqual(told.pop("ExposureCompensation"), expected["ExposureCompensation"], 4)
             self.assertEqual({**told, "ExposureCompensation": -2 / 3, "XMPToolkit": expected["XMPToolkit"]}, expected)
+            self.assertNotIn(b"rdf:about=''", (self.dir / (name + ".tif")).read_bytes())
             self.assertEqual(
                 self.exiftool(name + ".tif", "-IFD0:Orientation# -Keywords -CodedCharacterSet -EXIF:GPSLatitude#"),
                 {"Orientation": 6, "Keywords": ["lake", "zürich", "x"], "CodedCharacterSet": "UTF8", "GPSLatitude": 1.5})
+        self.run_line("exiftool -q -overwrite_original -XMP-dc:Title=%s -IPTC:Keywords=lake bare.jpg" % ("Lake" * 50))
+        self.good("tiff in bare.tif --like bare.jpg")
+        self.assertEqual(self.exiftool("bare.tif", "-XMP:Title -Keywords"), {"Title": "Lake" * 50, "Keywords": "lake"})
         self.run_line("exiftool -q -overwrite_original -charset exif=latin -n -Orientation=3 -EXIF:Artist='<Zoë' turned.jpg"
                       " -EXIF:XPKeywords=a -EXIF:TargetPrinter=b")
         done = run(LFMETA, *"tiff turned.jpg new.tif --like turned.jpg --method 14".split(), cwd=self.dir)

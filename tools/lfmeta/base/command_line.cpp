@@ -140,10 +140,10 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
 std::string suggestion(const CLI::App& app, const std::string& word) {
   const std::string given = word.substr(0, word.find('='));
   std::string closest;
-  std::size_t least = given.size() / 3 + 1;  // one letter in three may be wrong
+  std::size_t least = given.size() / 3 + 1;  // one letter in three may be wrong, but not more
   for (const std::string& name : namesOf(app)) {
     const std::size_t steps = distance(given, name);
-    if (name.size() < 3 || steps >= least + (closest.empty() ? 1 : 0)) continue;
+    if (name.size() < 3 || steps >= least) continue;
     closest = name;
     least = steps;
   }

@@ -44,10 +44,6 @@ std::optional<Marker> readMarker(PhotoFile& file, uint64_t& offset) {
   return std::nullopt;
 }
 
-bool standsAlone(unsigned char code) {
-  return code == 0x01 || (code >= 0xD0 && code <= 0xD7);
-}
-
 bool isStartOfFrame(unsigned char code) {
   return code >= 0xC0 && code <= 0xCF && code != 0xC4 && code != 0xC8 && code != 0xCC;
 }
@@ -68,7 +64,6 @@ PhotoLayout jpegLayout(PhotoFile& file) {
       layout.sound = true;
       return layout;
     }
-    if (standsAlone(code)) continue;
     const auto size = file.view(offset, 2);
     if (size.empty() || big(size) < 2) return layout;
     const uint64_t next = offset + big(size);
