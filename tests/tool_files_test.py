@@ -4,6 +4,9 @@ import contextlib, json, os, pathlib, re, resource, shlex, signal, subprocess, t
 from support.tool import *
 
 
+SIGNALS = [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM, signal.SIGALRM, signal.SIGUSR1]
+
+
 class ToolFiles(ToolTest):
     def test_command_line(self):
         for expected, line in [
@@ -158,14 +161,15 @@ class ToolFiles(ToolTest):
         """lfmeta while it writes the target, of which a temporary file is there, and reads its standard input"""
         before = {*os.listdir(self.dir)}
         words = [LFMETA, "tiff", "-", target, "--force"]
-        with subprocess.Popen(words, cwd=self.dir, stdin=subprocess.PIPE, stderr=subprocess.DEVNULL) as tool:
+        heard = lambda: [signal.signal(number, signal.SIG_DFL) for number in SIGNALS]  # by whomever this test is run
+        with subprocess.Popen(words, cwd=self.dir, stdin=subprocess.PIPE, stderr=subprocess.DEVNULL, preexec_fn=heard) as tool:
             while not {*os.listdir(self.dir)} - before:
                 self.assertIsNone(tool.poll())
                 time.sleep(0.001)
             yield tool, *{*os.listdir(self.dir)} - before
 
     def test_temporary_files_do_not_outlive_the_tool(self):
-        for number in [signal.SIGHUP, signal.SIGINT, signal.SIGQUIT, signal.SIGTERM, signal.SIGALRM, signal.SIGUSR1]:
+        for number in SIGNALS:
             with self.waiting() as (tool, name):
                 tool.send_signal(number)
             self.assertEqual((tool.returncode, {*os.listdir(self.dir)}), (-number, {"photo.jpg", "in"}))
