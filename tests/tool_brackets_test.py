@@ -160,6 +160,15 @@ Set 1: 3 frames from 2021:06:05 10:00:00.00, steps of 2, 1.67 EV, gaps of 0.253,
 """, "lfmeta: missing: cannot be opened: No such file or directory\n"
             "lfmeta: notes: is no JPEG, TIFF or PSD image\n"))
         self.assertEqual(self.told(".", "--gap", 0.1), [])
+        Camera(self.dir / "bare").bracket(0, 2, iso=0, aperture=0)
+        self.assertEqual(run(LFMETA, "brackets", "bare", cwd=self.dir), (0, b"""\
+Set 1: 2 frames from 2021:06:05 10:00:00.00, steps of 2 EV, gaps of 0.503 s
+  Alpenglow M2
+  0 EV      1/60 s                    bare/IMG_0001.jpg
+  +2 EV     1/15 s                    bare/IMG_0002.jpg
+  odd: 2 frames, an even number
+1 set of 2 photographs; 0 in none
+""", ""))
 
 
 if __name__ == "__main__":

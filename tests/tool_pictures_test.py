@@ -245,7 +245,7 @@ class ToolPictures(ToolTest):
                                (convert(COLOR, "-units PixelsPerInch -density 96 png:-"), 96), (convert(COLOR, "-units PixelsPerInch -density 100 jpg:-"), 100),
                                (convert(COLOR, "-units PixelsPerCentimeter -density 100 tif:-"), 254),
                                (convert(COLOR, "-units PixelsPerCentimeter -density 100 jpg:-"), 254),
-                               (convert(COLOR, "-units Undefined -density 100 jpg:-"), 300)]:
+                               (convert(COLOR, "-units Undefined -density 100 jpg:-"), 300), (jpeg_scans(4), 300)]:
             self.pixels(data)
             self.assertEqual(self.exiftool("out.tif", "-n -XResolution")["XResolution"], expected)
 

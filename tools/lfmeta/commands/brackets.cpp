@@ -160,6 +160,17 @@ std::string describeAsJson(const BracketSet& set, std::size_t number) {
          "\n";
 }
 
+std::string summary(const Found& found, std::size_t sets, std::size_t frames) {
+  const std::size_t without = found.photographs - found.shots.size();
+  std::string text = std::to_string(sets) + (sets == 1 ? " set of " : " sets of ") +
+                     std::to_string(frames) + " photographs; " +
+                     std::to_string(found.photographs - frames) + " in none";
+  if (without > 0) {
+    text += ", " + std::to_string(without) + " of them without capture or exposure time";
+  }
+  return text + "\n";
+}
+
 int showBrackets(const Options& options) {
   setenv("TZ", "UTC0", 1);  // a camera's clock has no time zone, and jumps at none
   tzset();
@@ -171,13 +182,7 @@ int showBrackets(const Options& options) {
     output.add(options.json ? describeAsJson(sets[i], i + 1) : describe(sets[i], i + 1));
     frames += sets[i].frames.size();
   }
-  if (!options.json) {
-    output.add(std::to_string(sets.size()) + (sets.size() == 1 ? " set of " : " sets of ") +
-               std::to_string(frames) + " photographs; " +
-               std::to_string(found.photographs - frames) + " in none, " +
-               std::to_string(found.photographs - found.shots.size()) +
-               " of them without capture or exposure time\n");
-  }
+  if (!options.json) output.add(summary(found, sets.size(), frames));
   output.flush();
   return found.failures.empty() ? kSuccess : kFailure;
 }
