@@ -1,6 +1,7 @@
 """lfmeta's command line, and how it reads and replaces files."""
 import contextlib, json, os, pathlib, re, resource, shlex, signal, subprocess, time, unittest
 
+from support.photos import tiff as structure
 from support.tool import *
 
 
@@ -113,7 +114,7 @@ class ToolFiles(ToolTest):
         self.good("exif photo.jpg a.bin")
         tiff, block = [(self.dir / name).read_bytes() for name in ["a.tif", "a.bin"]]
         raw = b"II*\0\x10\0\0\0CR\2\0" + bytes(4) + b"\1\0\0\1\3\0\1\0\0\0\5\0" + bytes(6)
-        self.files(empty=b"", raw=raw, subs=raw.replace(b"CR", b"XX").replace(b"\0\1\3", b"J\1\3"), big=b"MM\0*" + raw[4:], cut=tiff[:300],
+        self.files(empty=b"", raw=raw, subs=structure({0x100: 5, 0x14A: 8}), one=b"x", big=b"MM\0*" + raw[4:], cut=tiff[:300],
                    side=b"<?xpacket begin=''?>\n" + (self.dir / "a.xmp").read_bytes())
         os.symlink("photo.jpg", self.dir / "link")
         writers = ["settings write %s --method 4", "tiff in %s", "exif photo.jpg %s"]
@@ -121,7 +122,7 @@ class ToolFiles(ToolTest):
         for writer, fitting in zip(writers, allowed):
             pictures = {"a.tif", "photo.jpg", "link"}
             changed = {*fitting} | (pictures if writer == writers[0] else set())  # they get the settings
-            for name in sorted(({"a.xmp", "a.bin", "raw", "subs", "big", "cut", "side"} | pictures) - changed):
+            for name in sorted(({"a.xmp", "a.bin", "raw", "subs", "one", "big", "cut", "side"} | pictures) - changed):
                 with self.subTest(writer % name):
                     self.bad("; --force replaces it", writer % name)
             for name in ["empty", *fitting, "new"]:

@@ -43,13 +43,14 @@ class ToolMetadata(ToolTest):
                 after = (self.dir / file).read_bytes()
                 self.assertEqual((after[:4], after[8:len(before)]), (before[:4], before[8:]))
                 self.assertLess(len(after) - len(before), len(longer) + 400)
+                self.assertEqual(int.from_bytes(after[4:8], "big" if after[:2] == b"MM" else "little") % 2, 0)
             self.assertEqual(self.run_line("exiftool -b -ICC_Profile " + file)[1], (self.dir / icc).read_bytes())
             self.assertEqual((self.run_line("convert -quiet %s rgb:-" % file)[1], self.run_line("tiffinfo " + file)[0]),
                              (pixels, 0))
         self.assertIn("Lake \U0001d11e", self.good("icc msb.tif"))
-        self.files(short=tiff({0x106: 2, 0x8773: (7, 14, b"x" * 14)}))  # which ends within its class
+        self.files(short=tiff({0x106: 2, 0x8773: (7, 12, b"x" * 12)}))  # which ends before its class
         told = json.loads(self.good("icc --json short"))["profile"]
-        self.assertEqual([*told.values()], ["", "120.7.8", "", "", 14])
+        self.assertEqual([*told.values()], ["", "120.7.8", "", "", 12])
         for expected, line in [
                 ("is no ICC profile", "icc rgb.tif gray.tif --set readme"), ("cut short", "icc rgb.tif --set cut"),
                 ("other bytes", "icc rgb.tif --set tail"), ("a class", "icc rgb.tif --set link"),
@@ -145,7 +146,9 @@ class ToolMetadata(ToolTest):
         run(LFMETA, *"tiff in other.tif --like a.jpg --method 13".split(), cwd=self.dir)
         told = self.exiftool("other.tif", "-n -XMP:Title -XMP:Method")
         self.assertEqual(told, {"Title": "Lake", "Method": "Fusion/2 images"})
-        self.good("tiff in old.tif --like photo.jpg --method 2")  # other settings than the photograph's
+        run(LFMETA, *"tiff other.tif new.tif --like a.jpg".split(), cwd=self.dir)  # upright: the photograph's counts
+        self.assertEqual(self.exiftool("new.tif", "-n -IFD0:Orientation"), {"Orientation": 6})
+        self.good("tiff in old.tif --like photo.jpg --method 1")  # other settings than the photograph's
         self.assertEqual(self.good("settings count old.tif"), "1\n")
 
     def test_announces_the_character_set_of_keywords(self):

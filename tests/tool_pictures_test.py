@@ -54,6 +54,10 @@ def png(kind, depth, transparent):
     return PNG_START + b"".join(png_chunk(*chunk) for chunk in chunks), wanted
 
 
+SIZES = {"double": 8, "envmap": 1, "int": 4, "m33d": 72, "m33f": 36, "m44d": 128, "m44f": 64, "rational": 8,
+         "timecode": 8, "v2d": 16, "v2i": 8, "v3d": 24, "v3f": 12, "v3i": 12, "box2f": 16}
+
+
 # Scanlines without packing. Values are a row's pixels, each with a value for each channel.
 def exr(rows, channels="RGB", code="e", density=None, colors=None, window=(-3, 7), sampling=(1, 1), pixel_type=None):
     def attribute(name, kind, value):
@@ -66,7 +70,8 @@ def exr(rows, channels="RGB", code="e", density=None, colors=None, window=(-3, 7
     data = struct.pack("<2I", 20000630, 2) + b"".join(attribute(*all) for all in [
         (b"channels", b"chlist", listed + b"\0"), (b"compression", b"compression", b"\0"), (b"dataWindow", b"box2i", box),
         (b"displayWindow", b"box2i", box), (b"lineOrder", b"lineOrder", b"\0"), (b"pixelAspectRatio", b"float", one),
-        (b"screenWindowCenter", b"v2f", bytes(8)), (b"screenWindowWidth", b"float", one), (b"comments", b"string", b"c" * 300)])
+        (b"screenWindowCenter", b"v2f", bytes(8)), (b"screenWindowWidth", b"float", one), (b"comments", b"string", b"c" * 300), *(
+            (kind.encode(), kind.encode(), bytes(size)) for kind, size in SIZES.items())])
     if colors: data += attribute(b"chromaticities", b"chromaticities", struct.pack("<8f", *colors))
     if density: data += attribute(b"xDensity", b"float", struct.pack("<f", density))
     data += b"\0"
@@ -199,6 +204,7 @@ class ToolPictures(ToolTest):
         self.assertEqual(self.pixels(tiff_strips(2, [0, 3], [3, 3], 12, data=b"\x12\x3f\xff\x00\x18\x01")), struct.pack(
             "<4H", *(round(v * 65535 / 4095) for v in (0x123, 0xFFF, 0x001, 0x801))))
         for data, word in [(tiff_strips(1000, [0, 0], [1000, 1000], data=shared), "more bytes"),
+                           (tiff_strips(1, [0, 2], [2, 2], 16, [0] * (3 << 16), bytes(4)), "16 bits"),
                            (tiff_strips(500, [0, 500], [500, 499], data=shared), "ends before")]:
             self.refuse(data, word)
         for how, word in [("-colorspace cmyk", "CMYK"), ("-colorspace lab", "colours"), ("-compress webp", "packed"),
@@ -223,7 +229,7 @@ class ToolPictures(ToolTest):
                            (exr([[(1, 1, 1)]], code="I", pixel_type=0), "integer"),
                            *[(exr([[(0, 0, 0)] * 4] * 2, sampling=sampling, window=(0, 0)), "fewer samples")
                              for sampling in [(2, 1), (1, 2)]],
-                           (exr([[(0, 0, 0)] * 200000], code="f")[:1000], "MiB"),
+                           (exr([[(0, 0, 0)] * 200000], code="f")[:2000], "MiB"),
                            *[(exr(gray, "Y").replace(*change, 1), "header is damaged") for change in [
                                (b"compression\0\1", b"compression\0\2"), (b"v2f\0\x08", b"str\0\x08\xff\xff"),
                                (b"v2f\0\x08\0\0\0" + bytes(8), b"string\0\0\0\0\x40"), (b"Y\0\1", b"Y\7\1"),
@@ -242,7 +248,7 @@ class ToolPictures(ToolTest):
             self.pixels(PIXELS.replace(b"-Y 5 +X", layout.encode()))
             self.assertEqual(self.exiftool("out.tif", "-n -Orientation"), {"Orientation": code} if code > 1 else {"Orientation": 1})
         for data, expected in [(exr([[(1, 2, 3)]], density=123.4), 123), (exr([[(1, 2, 3)]], density=float("nan")), 300),
-                               (convert(COLOR, "-units PixelsPerInch -density 96 png:-"), 96), (convert(COLOR, "-units PixelsPerInch -density 100 jpg:-"), 100),
+                               (convert(COLOR, "-units PixelsPerInch -density 96 png:-"), 96), (convert(COLOR, "-units PixelsPerInch -density 1 jpg:-"), 1),
                                (convert(COLOR, "-units PixelsPerCentimeter -density 100 tif:-"), 254),
                                (convert(COLOR, "-units PixelsPerCentimeter -density 100 jpg:-"), 254),
                                (convert(COLOR, "-units Undefined -density 100 jpg:-"), 300), (jpeg_scans(4), 300)]:
@@ -341,6 +347,7 @@ class ToolPictures(ToolTest):
             "  Stop  Brightness    Pixels", "   +15   3.277e+04    1.45 % #", "   ...", "    +1           2    1.45 % #",
             "    +0           1    1.45 % #", "    -2        0.25   88.41 % " + 44 * "#", "   ...",
             "  -133   9.184e-41    1.45 % #", "  black               2.90 %"])
+        self.assertEqual([line for line in told if line.endswith(" ")], [])
         self.assertEqual((told[2], len(told)), ("  Not finite     2 pixels", 22))
         self.files(ramp=RAMP)
         self.assertIn("\n  Not finite     1 pixel\n", self.good("hdr ramp"))

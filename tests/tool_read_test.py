@@ -206,6 +206,8 @@ class ToolRead(FolderTest):
             told = run(LFMETA, "read", name, preexec_fn=lambda: (
                 os.close(0), resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit))))
             self.assertEqual(told, (1, b"", "lfmeta: %s: cannot be %s\n" % (name, why)))
+        self.file("a", PHOTO.read_bytes())  # whose name comes without an end
+        self.assertEqual(read("--files0-from", "-", "--fields", "iso", input=b"a", cwd=self.dir), (0, [{"iso": 100}], ""))
         for count in (1, 3):  # with and without helpers
             told = read("-j", count, *[PHOTO, good] * 300)[1]
             self.assertEqual([t["file"] for t in told], [str(PHOTO), str(good)] * 300)

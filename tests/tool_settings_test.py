@@ -19,6 +19,8 @@ class ToolSettings(ToolTest):
             self.run_line("convert in -resize 64x %s %s" % (how, name))
         self.run_line("exiftool -q -overwrite_original -Title=Lake -Artist=me padded.jpg little.tif big.tif")
         self.run_line("exiftool -q -overwrite_original -EXIF:Artist=me plain.jpg")
+        bare = (self.dir / "bare.jpg").read_bytes()
+        self.files(**{"bare.jpg": bare[:2] + b"\xff" + bare[2:]})  # a fill byte before JFIF, which stays in front
         for name in ["padded.jpg", "plain.jpg", "bare.jpg", "little.tif", "big.tif", "photo.jpg"]:
             file, before = self.dir / name, (self.dir / name).read_bytes()
             tags = "-XMP:Title -EXIF:Artist -Keywords -ImageSize -Orientation -Lens"
@@ -36,6 +38,7 @@ class ToolSettings(ToolTest):
                     self.assertEqual((after[:4], after[8:len(before)]), (before[:4], before[8:]))
                 else:
                     self.assertEqual(without_packet(after), without_packet(before), (name, line))
+                    self.assertNotEqual(after.find(XMP), 7)
                 if name == "bare.jpg" and "bOOst" in line:  # the packet is new
                     self.assertEqual(len(re.search(rb"\s*(?=<.xpacket end)", after)[0]), 2048)
                 if name == "padded.jpg" and (sets, boost) in [([1], 3), ([1], 5)]:
@@ -109,6 +112,14 @@ class ToolSettings(ToolTest):
         block = text.index(b"<rdf:Description", len(start) + 9)
         self.assertEqual(text[:block] + text[text.index(b"</rdf:RDF"):],
                          start + other % (b"", b"", b"") + b"\n</rdf:RDF></x:xmpmeta>")
+
+        self.good("settings write a --method 4 --force")
+        block = (self.dir / "a").read_bytes().replace(b"</rdf:RDF>", b"\n\n</rdf:RDF>")
+        self.files(a=block, loose=block[block.index(b"<rdf:D"):])
+        self.good("settings edit a --set Boost=0")
+        self.assertEqual((self.dir / "a").read_bytes(), block)
+        told = json.loads(self.good("settings show --json loose"))
+        self.assertEqual((told["number"], told["sets"], told["method"]), (None, [], 4))
 
     def test_lists_methods_and_elements_and_shows_many_files(self):
         self.assertEqual(len(self.good("settings methods").splitlines()), 9)

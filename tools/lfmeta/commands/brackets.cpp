@@ -173,7 +173,6 @@ std::string summary(const Found& found, std::size_t sets, std::size_t frames) {
 
 int showBrackets(const Options& options) {
   setenv("TZ", "UTC0", 1);  // a camera's clock has no time zone, and jumps at none
-  tzset();
   const Found found = readShots(options);
   const std::vector<BracketSet> sets = findBrackets(found.shots, options.longestGap);
   LineOutput output;

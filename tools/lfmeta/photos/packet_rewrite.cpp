@@ -35,7 +35,7 @@ Place placeIn(const std::string& path, const std::vector<JpegSegment>& segments)
     pictures |= isSegment(path, segment, kApp2, "MPF\0"sv);
     if (isSegment(path, segment, kApp1, kXmpSignature)) return {segment.start, end, pictures};
     const bool exif = isSegment(path, segment, kApp1, kExifSignature);
-    const bool jfif = segment.marker == kApp0 && segment.start == place.start;
+    const bool jfif = segment.marker == kApp0 && segment.start == segments.front().start;
     if (exif || jfif) place = {end, end, pictures};
   }
   return place;
