@@ -208,7 +208,7 @@ class ToolPictures(ToolTest):
                            (tiff_strips(500, [0, 500], [500, 499], data=shared), "ends before")]:
             self.refuse(data, word)
         for how, word in [("-colorspace cmyk", "CMYK"), ("-colorspace lab", "colours"), ("-compress webp", "packed"),
-                          ("-depth 32", "32 bits"), ("-depth 64 -define quantum:format=floating-point", "64 bits")]:
+                          ("-depth 32", "32 bits"), ("-depth 8 -define quantum:format=signed", "8 bits"), ("-depth 64 -define quantum:format=floating-point", "64 bits")]:
             self.refuse(tiff(how), word)
 
     def test_openexr_pictures(self):
@@ -302,8 +302,8 @@ class ToolPictures(ToolTest):
         row = bytes([2, 2, 0, W])
         for data, *word in [
                 (b"GIF89a", "no PNG"), (pnm(b"P6", RGB, 0), "damaged"), (b"P2 1 1 70000 1", "at most 65535"),
-                (pnm(b"P2", b"9 9", 8, (1, 2)), "above"), (b"P2 1 1 9 9x", '"9x"'), (b"P1 1 1 2", "no bit"),
-                (pnm(b"P5", b"", 255, (2**31 - 1, 2**31 - 1)), "MiB"), (pnm(b"P5", b"", 255, (9000, 9000)), "64 MiB are"),
+                (pnm(b"P2", b"9 9", 8, (1, 2)), "above"), (b"P2 1 1 9 9x", '"9x"'), (b"P1 1 1 2", "no bit"), (b"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 5\nMAXVAL 9\nENDHDR\nabcde", "at most 4"),
+                (pnm(b"P5", b"", 255, (2**31 - 1, 2**31 - 1)), "MiB"), (pnm(b"P5", b"", 255, (9000, 9000)), "needs 78 MiB"),
                 (pnm(b"P5", b"x", 255, (0, 1)), "no pixels"), (pnm(b"P5", b"x", 255, (1, 0)), "no pixels"), (COLOR[:-1],),
                 (PIXELS[:-1],), (PLANES[:-1],), (RAMP[:-1],), (radiance([b"\1\1\1\1", bytes(4 * W * H)]), "run-length"),
                 (radiance([b"\5\5\5\x09\1\1\1", row[3:]], (1, W)), "run-length"), (radiance([row, bytes(400)]), "run-length"),

@@ -1,7 +1,7 @@
 """lfmeta settings: written, inserted, edited, shown, counted and listed. ExifTool judges changed photographs."""
 import json, re, struct, subprocess, unittest
 
-from support.photos import XMP, segment
+from support.photos import XMP, segment, tiff
 from support.tool import *
 
 
@@ -59,7 +59,9 @@ class ToolSettings(ToolTest):
     def test_changes_at_the_same_time_follow_each_other(self):
         self.good("settings write packet --method 14")
         self.run_line("convert in little.tif")
-        for name, sets in [("packet", 13), ("photo.jpg", 13), ("little.tif", 12)]:
+        packet = (self.dir / "packet").read_bytes() + b"\0\0"  # which are no part of it
+        self.files(**{"nul.tif": tiff({0x100: 5, 700: (1, len(packet), packet)})})
+        for name, sets in [("packet", 13), ("photo.jpg", 13), ("little.tif", 12), ("nul.tif", 13)]:
             many = [subprocess.Popen([LFMETA, "settings", "insert", self.dir / name, "--method", "14"]) for _ in range(12)]
             self.assertEqual([one.wait() for one in many], [0] * 12)
             self.assertEqual(self.good("settings count " + name), "%d\n" % sets)
