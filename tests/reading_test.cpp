@@ -304,7 +304,7 @@ TEST(Jpeg, EndsEachPassInItsOwnWay) {
         {exif + segment(0xED, "") + kEoi, exif + segment(0xED, "Adobe_CM") + kEoi,
          // A thumbnail beyond 4 GiB, counted from the TIFF header.
          exifSegment(kBig.file(kBig.entries("100=l1"), {}, {}, kBig.entries("201=l4294967295; 202=l9"))) + kEoi}},
-       {"-2", {segment(0xE1, "ABCD") + kEoi, exif.substr(0, 10)}},
+       {"-2", {segment(0xE1, "ABCD") + kEoi, segment(0xE1, "") + kEoi, exif.substr(0, 10)}},
        {"1" + blockAt(leadsAstray.size()), {leadsAstray + block + kEoi}},
        {"-1" + blockAt(cutShort.size()), {cutShort + block + kEoi}},
        {"-10 orientation=6", {cutShort + "x"}}});

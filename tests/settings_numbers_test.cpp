@@ -29,9 +29,10 @@ void expectAsScanf(const std::string& text) {
 }
 
 TEST(NumberText, ParsesAsScanfDoes) {
-  const char* const pieces[] = {" ", "\t\n", "\v", "+",  "-",  "0",  "00",   "1",    "7",         "16777217",     ".",
-                                "e", "E",    "p",  "x",  "0x", "0X", "inf",  "INFI", "nity",      "nan",          "(",
-                                ",", "a",    "F",  "38", "45", "99", "9999", "1e",   "3.4028236", "000000000001", "5"};
+  const char* const pieces[] = {
+      " ", "\t\n", "\v\f\r", "+",  "-",  "0",  "00",   "1",    "7",         "16777217",     ".",
+      "e", "E",    "p",      "x",  "0x", "0X", "inf",  "INFI", "nity",      "nan",          "(",
+      ",", "a",    "F",      "38", "45", "99", "9999", "1e",   "3.4028236", "000000000001", "5"};
   std::mt19937 random(1);
   for (int i = 0; i < 300'000 && !testing::Test::HasFatalFailure(); ++i) {
     std::string text;

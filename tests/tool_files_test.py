@@ -58,6 +58,7 @@ class ToolFiles(ToolTest):
         commands = [*complete("")] + ["settings " + name for name in complete("settings", "")]
         self.assertGreater(len(commands), 9)
         self.assertEqual(re.findall(r"^  (\w+) ", self.good("help").partition("Options:")[0], re.M), complete(""))
+        self.assertRegex(page, r"\n   brackets\n +Find the exposure brackets among photographs.\n")
         self.assertRegex(page, r"\n +lfmeta settings write \[--force\] --method METHOD \[--set [^]]*\] OUT\n")
         self.assertIn(" [OPTIONS] --method METHOD OUT\n", self.good("help settings write"))
         self.assertIn("read [OPTIONS] [FILE...]\n", self.good("help read"))

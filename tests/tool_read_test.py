@@ -148,7 +148,7 @@ class ToolRead(FolderTest):
                 ({0x10F: "abc"}, {}, "make", "abc"), ({0x10F: "Sony"}, {}, "make", "Sony"),
                 ({0x100: 70000}, {}, "width", 70000), ({0x101: 5}, {}, "height", 5), ({0x101: "5"}, {}, "height", None),
                 ({0x112: (4, 1, b"\6\0\0\0")}, {}, "notices", None), ({}, {0x829A: (1, 2)}, "exposureText", "0.5"),
-                ({}, {0x9204: (5, 0)}, "exposureBias", None), ({}, {0x829A: (0, 1), 0x9201: (8, 1)}, "notices", [
+                ({}, {0x9204: (5, 0)}, "exposureBias", None), ({}, {0x9204: (-2, 1)}, "exposureBias", -2), ({}, {0x829A: (0, 1), 0x9201: (8, 1)}, "notices", [
                     "the exposure time is computed from the shutter speed value"]),
                 ({270: described}, {}, "exposureText", "1/125"), ({270: described}, {}, "notices", None),
                 ({270: described}, {0x829A: (1, 50)}, "exposureText", "1/50")]:

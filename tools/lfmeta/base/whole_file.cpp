@@ -49,11 +49,6 @@ class OpenFile {
 
 }  // namespace
 
-Bytes readWholeFile(const std::string& path) {
-  const OpenFile file(path);
-  return file.bytes(0, file.size());
-}
-
 Bytes readRegion(const std::string& path, uint64_t offset, uint64_t size) {
   const OpenFile file(path);
   if (offset > file.size() || size > file.size() - offset || size > kMaxLibrarySize) return {};
