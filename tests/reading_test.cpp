@@ -220,6 +220,7 @@ TEST(Directories, ReadModelsAndBlocksByTheirRules) {
                     {"1 model=E-100", {"110='OLYMPUS'; 110='E-100'"}},
                     {"1 model=" + std::string(63, 'm'), {"110='" + std::string(80, 'm') + "'"}},
                     {"1 model=abcde", {"110=2#6'abcdefgh'"}},
+                    {"1 model=ab", {"110=3#3'abcdefgh'"}},
                     {"1 model=" + std::string(62, 'm'), {"110=2#63'" + std::string(80, 'm') + "'"}},
                     {"1 model=one\n", {"110='one\ntwo'"}},
                     // Two elements of a large type, no SHORT, a thumbnail of the first directory.
