@@ -85,7 +85,7 @@ TEST(HdrMinMax, MeasuresKnownPixels) {
             (Result{0x1p-126F, 0x1p-126F, static_cast<float>(0x1p-126 / 3)}));
   EXPECT_EQ(measureRow({{14, 0, 0, 255}}), (Result{1e11F, 0x1p127F, 0x1p127F}));
   EXPECT_EQ(measureRow({{27, 0, 0, 255}, {255, 255, 255, 128}}), (Result{255, kInfinity, kInfinity}));
-  EXPECT_EQ(measureRow(std::vector<Pixel>(200, {14, 0, 0, 128})), (Result{1, 1, 1}));
+  EXPECT_EQ(measureRow(std::vector<Pixel>(256, {14, 0, 0, 128})), (Result{1, 1, 1}));
   for (const auto& [width, height, returned] : {std::array{0, 3, 3}, {-4, 3, 3}, {4, 0, 0}, {4, -1, 0}}) {
     Result result;
     EXPECT_EQ(hdrMinMax(width, height, nullptr, result.data()), returned);
