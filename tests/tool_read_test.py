@@ -202,10 +202,11 @@ class ToolRead(FolderTest):
             {"file": str(good), "fileBytes": None},
             {"file": "%s/b\ufffdd\\\x1b\n.jpg" % sub, "fileBytes": "%s/b\\xe4d\\x5c\\x1b\\x0a.jpg" % sub}],
             "lfmeta: %s/sub.d: cannot be opened: No such file or directory\n" % self.dir))
-        for name, limit, why in (PHOTO, 5, "opened: Too many open files"), ("-", 9, "read: Bad file descriptor"):
-            told = run(LFMETA, "read", name, preexec_fn=lambda: (
-                os.close(0), resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit))))
-            self.assertEqual(told, (1, b"", "lfmeta: %s: cannot be %s\n" % (name, why)))
+        self.assertEqual(run(LFMETA, "read", "-", preexec_fn=lambda: os.close(0)),
+                         (1, b"", "lfmeta: -: cannot be read: Bad file descriptor\n"))
+        if run("grep", "-q", "__ubsan", LFMETA)[0]:  # not where a sanitizer needs files of its own
+            told = run(LFMETA, "read", PHOTO, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (5, 5)))
+            self.assertEqual(told, (1, b"", "lfmeta: %s: cannot be opened: Too many open files\n" % PHOTO))
         self.file("a", PHOTO.read_bytes())  # whose name comes without an end
         self.assertEqual(read("--files0-from", "-", "--fields", "iso", input=b"a", cwd=self.dir), (0, [{"iso": 100}], ""))
         for count in (1, 3):  # with and without helpers
