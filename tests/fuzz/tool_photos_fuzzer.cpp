@@ -2,7 +2,7 @@
 #include "fuzzing.h"
 
 #include "base/failure.h"
-#include "base/report.h"
+#include "base/json.h"
 #include "photos/bracket_sets.h"
 #include "photos/report_fields.h"
 
