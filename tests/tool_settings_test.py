@@ -38,7 +38,7 @@ class ToolSettings(ToolTest):
                     self.assertEqual((after[:4], after[8:len(before)]), (before[:4], before[8:]))
                 else:
                     self.assertEqual(without_packet(after), without_packet(before), (name, line))
-                    self.assertNotEqual(after.find(XMP), 7)
+                    self.assertGreater(after.find(XMP), 6)
                 if name == "bare.jpg" and "bOOst" in line:  # the packet is new
                     self.assertRegex(after, rb">((\n {99}){20}\n {47})<.xpacket end")
                 if name == "padded.jpg" and (sets, boost) in [([1], 3), ([1], 5)]:

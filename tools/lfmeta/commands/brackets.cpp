@@ -2,7 +2,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdlib>
-#include <ctime>
 #include <iterator>
 #include <memory>
 #include <optional>
