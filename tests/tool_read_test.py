@@ -207,8 +207,9 @@ class ToolRead(FolderTest):
         if run("grep", "-q", "__ubsan", LFMETA)[0]:  # not where a sanitizer needs files of its own
             told = run(LFMETA, "read", PHOTO, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (5, 5)))
             self.assertEqual(told, (1, b"", "lfmeta: %s: cannot be opened: Too many open files\n" % PHOTO))
-        self.file("a", PHOTO.read_bytes())  # whose name comes without an end
-        self.assertEqual(read("--files0-from", "-", "--fields", "iso", input=b"a", cwd=self.dir), (0, [{"iso": 100}], ""))
+        self.file("ab", PHOTO.read_bytes())  # whose name comes letter by letter, and without an end
+        self.assertEqual(run("sh", "-c", '(printf a; sleep 0.2; printf b) | "$0" read --csv --fields iso --files0-from -',
+                             LFMETA, cwd=self.dir), (0, b"iso\n100\n", ""))
         for count in (1, 3):  # with and without helpers
             told = read("-j", count, *[PHOTO, good] * 300)[1]
             self.assertEqual([t["file"] for t in told], [str(PHOTO), str(good)] * 300)

@@ -65,6 +65,7 @@ class ToolSettings(ToolTest):
             many = [subprocess.Popen([LFMETA, "settings", "insert", self.dir / name, "--method", "14"]) for _ in range(12)]
             self.assertEqual([one.wait() for one in many], [0] * 12)
             self.assertEqual(self.good("settings count " + name), "%d\n" % sets)
+        self.assertTrue(self.run_line("exiftool -b -XMP nul.tif")[1].endswith(b">\n"))
 
     def test_edits_what_another_program_has_sorted(self):
         self.run_line("exiftool -q -overwrite_original -XMP-dc:Title=Lake photo.jpg")
