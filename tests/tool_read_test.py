@@ -127,7 +127,6 @@ class ToolRead(FolderTest):
                          [-1.6666666, 2, "25", "A17", "Alpenglow"])
         self.assertEqual(run(LFMETA, "read", "--csv", "--fields", "notices,make", path)[1].decode(),
                          'notices,make\n"%s",Alpenglow\n' % "; ".join(told["notices"]).replace('"', '""'))
-        self.assertEqual(len(told["notices"]), 4)
         empty = {name for name, value in told.items() if value is None}
         self.assertEqual(empty, {"fileBytes", "damage", "focalLength", "focalLength35mm", "focalPlaneXResolution",
                                  "focalPlaneResolutionUnit", "thumbWidth", "thumbHeight", "thumbRowBytes", "thumbOffset",

@@ -85,8 +85,7 @@ class ToolSettings(ToolTest):
     def test_refuses_what_would_harm_a_photograph(self):
         packet = segment(0xE1, XMP + b"<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/"
                          b"22-rdf-syntax-ns#'>%s</rdf:RDF></x:xmpmeta>")
-        names = b"<rdf:Description xmlns:lfst='http://ns.lumenforge.org/lumenforge_settings%02d'/>"
-        sets = b"".join(names % number for number in range(1, 100))
+        sets = b"".join(b"<rdf:Description xmlns:lfst='http://ns.lumenforge.org/lumenforge_settings%02d'/>" % n for n in range(1, 100))
         full = packet.replace(b"%s", b" " * 64500)
         self.files(**{"full.jpg": PHOTO[:2] + segment(0xE1, full[4:]) + PHOTO[2:],
                       "pictures.jpg": PHOTO[:2] + segment(0xE2, b"MPF\0") + PHOTO[2:], "cut.jpg": PHOTO[:900],
